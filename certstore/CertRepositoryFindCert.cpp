@@ -1,0 +1,50 @@
+#include "certstore/CertRepository.h"
+#include "support/x509/DistinguishedName.h"
+
+namespace {
+
+// Looks for one candidate, and then with "00" in front of its serial number.
+X509Certificate* findCandidate(CertRepository& repository, const char* serial, const char* name,
+                               LogBase& log) {
+    StringBuffer key;
+    key.append(serial);
+    key.toUpperCase();
+    key.appendChar(':');
+    key.append(name);
+    if (X509Certificate* found = repository.crpFindBySerialIssuerHashKey(key.getString(), log))
+        return found;
+    key.prepend("00");
+    return repository.crpFindBySerialIssuerHashKey(key.getString(), log);
+}
+
+}  // namespace
+
+X509Certificate* CertRepository::crpFindCert(const char* serial, const char* issuerCN,
+                                             const char* issuerDN, LogBase& log) {
+    CritSecExitor lock(*this);
+    LogContextExitor context(log, "findCertB");
+    if (!createHashMapsIfNeeded(log)) {
+        log.LogError("Failed to create hash maps.");
+        return nullptr;
+    }
+    if (issuerCN)
+        if (X509Certificate* found = findCandidate(*this, serial, issuerCN, log))
+            return found;
+    if (!issuerDN)
+        return nullptr;
+    StringBuffer trimmedDn;
+    trimmedDn.append(issuerDN);
+    trimmedDn.trim2();
+    if (trimmedDn.getSize() == 0)
+        return nullptr;
+    // The DN as given: trimming only told whether there is one.
+    if (X509Certificate* found = findCandidate(*this, serial, issuerDN, log))
+        return found;
+    StringBuffer cn;
+    if (!DistinguishedName::getDnPart(issuerDN, "CN", cn, log))
+        return nullptr;
+    cn.trim2();
+    // Written always, not only for a verbose log.
+    log.LogDataSb("sbCN", cn);
+    return findCandidate(*this, serial, cn.getString(), log);
+}

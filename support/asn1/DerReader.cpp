@@ -1,0 +1,157 @@
+#include "support/asn1/DerReader.h"
+
+#include "support/asn1/Oid.h"
+
+namespace certstore {
+
+namespace {
+
+// Four length octets address 4 GiB; inputs are smaller.
+constexpr std::size_t kMaxLengthOctets = 4;
+
+// Splits tag and length off `bytes`. The length is definite, minimal and within the bytes.
+bool splitHeader(ByteView bytes, std::size_t& headerSize, std::size_t& size) noexcept {
+    if (bytes.size() < 2 || (bytes[0] & 0x1f) == 0x1f || bytes[0] == 0)
+        return false;
+    headerSize = 2;
+    size = bytes[1];
+    if (size >= 0x80) {
+        const std::size_t octets = size & 0x7f;
+        if (octets == 0 || octets > kMaxLengthOctets || bytes.size() < 2 + octets)
+            return false;
+        size = 0;
+        for (std::size_t i = 0; i < octets; ++i)
+            size = size << 8 | bytes[2 + i];
+        if (size < 0x80 || bytes[2] == 0)
+            return false;
+        headerSize += octets;
+    }
+    return size <= bytes.size() - headerSize;
+}
+
+}  // namespace
+
+bool DerReader::readAny(unsigned char& tag, ByteView& content, ByteView& whole) noexcept {
+    std::size_t headerSize = 0, size = 0;
+    if (!splitHeader(m_rest, headerSize, size))
+        return false;
+    tag = m_rest[0];
+    whole = m_rest.first(headerSize + size);
+    content = whole.subspan(headerSize);
+    m_rest = m_rest.subspan(whole.size());
+    return true;
+}
+
+bool DerReader::read(unsigned char tag, ByteView& content) noexcept {
+    unsigned char found;
+    ByteView whole;
+    return peekTag() == tag && readAny(found, content, whole);
+}
+
+bool DerReader::readSequence(DerReader& inner) noexcept {
+    return read(DerTag::Sequence, inner.m_rest);
+}
+
+bool DerReader::readSequence(DerReader& inner, ByteView& whole) noexcept {
+    unsigned char tag;
+    return nextIs(DerTag::Sequence) && readAny(tag, inner.m_rest, whole);
+}
+
+bool DerReader::readSet(DerReader& inner) noexcept {
+    return read(DerTag::Set, inner.m_rest);
+}
+
+bool DerReader::readContext(unsigned char number, DerReader& inner) noexcept {
+    return read(contextTag(number, true), inner.m_rest);
+}
+
+bool DerReader::readInteger(ByteView& content) noexcept {
+    DerReader ahead = *this;
+    ByteView octets;
+    if (!ahead.read(DerTag::Integer, octets) || octets.empty())
+        return false;
+    if (octets.size() > 1 && ((octets[0] == 0x00 && octets[1] < 0x80) ||
+                              (octets[0] == 0xff && octets[1] >= 0x80)))
+        return false;
+    content = octets;
+    *this = ahead;
+    return true;
+}
+
+bool DerReader::readUnsigned(ByteView& magnitude) noexcept {
+    DerReader ahead = *this;
+    ByteView octets;
+    if (!ahead.readInteger(octets) || octets[0] >= 0x80)
+        return false;
+    magnitude = octets[0] == 0 ? octets.subspan(1) : octets;
+    *this = ahead;
+    return true;
+}
+
+bool DerReader::readSmallInteger(int& value) noexcept {
+    DerReader ahead = *this;
+    ByteView octets;
+    if (!ahead.readInteger(octets) || octets.size() != 1 || octets[0] >= 0x80)
+        return false;
+    value = octets[0];
+    *this = ahead;
+    return true;
+}
+
+bool DerReader::readBoolean(bool& value) noexcept {
+    DerReader ahead = *this;
+    ByteView octets;
+    if (!ahead.read(DerTag::Boolean, octets) || octets.size() != 1)
+        return false;
+    if (octets[0] != 0x00 && octets[0] != 0xff)
+        return false;
+    value = octets[0] != 0;
+    *this = ahead;
+    return true;
+}
+
+bool DerReader::readOid(ByteView& content) noexcept {
+    DerReader ahead = *this;
+    ByteView octets;
+    if (!ahead.read(DerTag::Oid, octets) || !isWellFormedOid(octets))
+        return false;
+    content = octets;
+    *this = ahead;
+    return true;
+}
+
+bool DerReader::readBitString(ByteView& bits, unsigned int& unusedBits) noexcept {
+    DerReader ahead = *this;
+    ByteView octets;
+    if (!ahead.read(DerTag::BitString, octets) || octets.empty() || octets[0] > 7)
+        return false;
+    const unsigned int unused = octets[0];
+    if (unused != 0 && (octets.size() == 1 || (octets.back() & ((1U << unused) - 1)) != 0))
+        return false;
+    bits = octets.subspan(1);
+    unusedBits = unused;
+    *this = ahead;
+    return true;
+}
+
+bool DerReader::readBitString(ByteView& bytes) noexcept {
+    DerReader ahead = *this;
+    ByteView octets;
+    unsigned int unusedBits = 0;
+    if (!ahead.readBitString(octets, unusedBits) || unusedBits != 0)
+        return false;
+    bytes = octets;
+    *this = ahead;
+    return true;
+}
+
+bool DerReader::readNull() noexcept {
+    DerReader ahead = *this;
+    ByteView octets;
+    if (!ahead.read(DerTag::Null, octets) || !octets.empty())
+        return false;
+    *this = ahead;
+    return true;
+}
+
+}  // namespace certstore

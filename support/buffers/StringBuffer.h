@@ -1,0 +1,61 @@
+#pragma once
+
+#include <string_view>
+
+#include "support/base/ZorvenObject.h"
+
+// Growable UTF-8 text that owns its bytes and is always NUL-terminated; the type of every index
+// key. Short texts lie within the object. Holds at most 4 GiB - 2 bytes; an append that needs
+// more, or memory that there is not, throws std::bad_alloc and never truncates: the text stays
+// as it was. Texts given in may lie within the buffer itself. A null C string counts as empty.
+class StringBuffer : public ZorvenObject {
+public:
+    StringBuffer() noexcept;
+    ~StringBuffer() override;
+
+    // A new heap buffer with a copy of `text`, which the caller owns; null when it cannot be made.
+    static StringBuffer* createNewSB(const char* text) noexcept;
+
+    void append(const char* text);
+    void append(const StringBuffer& other);
+    void append(std::string_view text);
+    void appendChar(char c);
+    void prepend(const char* text);
+
+    // Empties the text and gives its storage up.
+    void clear() noexcept;
+    // Empties the text and keeps its storage for the next one.
+    void weakClear() noexcept;
+
+    // ASCII letters only; every other byte stays.
+    void toUpperCase() noexcept;
+    void toLowerCase() noexcept;
+
+    // Cuts blanks, tabs, CR, LF, vertical tabs and form feeds off both ends.
+    void trim2() noexcept;
+
+    bool beginsWith(const char* prefix) const noexcept;
+
+    // Replaces the first occurrence of `find`, if there is one. With `ignoreCase`, ASCII letters of
+    // either case match. An empty `find` replaces nothing.
+    void replaceFirstOccurance(const char* find, const char* replacement, bool ignoreCase);
+
+    unsigned int getSize() const noexcept { return m_size; }
+
+    // Never null; valid until the buffer is next changed.
+    const char* getString() const noexcept { return m_data; }
+    std::string_view view() const noexcept { return {m_data, m_size}; }
+
+private:
+    // Replaces `removed` bytes at `position` by `text`.
+    void splice(unsigned int position, unsigned int removed, std::string_view text);
+    void releaseStorage() noexcept;
+
+    // Holds a serial number with the CN of most issuers, so most keys need no second allocation.
+    static constexpr unsigned int kInlineSize = 64;
+
+    char* m_data;
+    unsigned int m_size = 0;
+    unsigned int m_capacity = kInlineSize;  // the terminator included
+    char m_inline[kInlineSize];
+};

@@ -1,0 +1,94 @@
+#include "support/encoding/Base64.h"
+
+#include <array>
+#include <cstdint>
+#include <limits>
+
+namespace certstore {
+
+namespace {
+
+constexpr char kAlphabet[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+
+constexpr unsigned char kNoDigit = 0xff;
+
+constexpr std::array<unsigned char, 256> makeValues() {
+    std::array<unsigned char, 256> values{};
+    values.fill(kNoDigit);
+    for (unsigned char i = 0; i < 64; ++i)
+        values[static_cast<unsigned char>(kAlphabet[i])] = i;
+    return values;
+}
+
+constexpr std::array<unsigned char, 256> kValues = makeValues();
+
+bool isBlank(char c) noexcept {
+    return c == ' ' || c == '\t' || c == '\r' || c == '\n';
+}
+
+// Whether a text may end with `rest` digits of an unfinished group and this much padding. The bits
+// that no byte takes must be zero.
+bool endsWell(std::uint32_t group, unsigned int rest, unsigned int padding) noexcept {
+    switch (rest) {
+        case 0:
+            return padding == 0;
+        case 2:
+            return padding <= 2 && (group & 15) == 0;
+        case 3:
+            return padding <= 1 && (group & 3) == 0;
+        default:
+            return false;
+    }
+}
+
+}  // namespace
+
+void appendBase64(StringBuffer& out, ByteView bytes) {
+    for (std::size_t i = 0; i < bytes.size(); i += 3) {
+        const std::size_t here = std::min<std::size_t>(3, bytes.size() - i);
+        std::uint32_t group = 0;
+        for (std::size_t j = 0; j < 3; ++j)
+            group = group << 8 | (j < here ? bytes[i + j] : 0U);
+        const char digits[4] = {kAlphabet[group >> 18], kAlphabet[group >> 12 & 63],
+                                here > 1 ? kAlphabet[group >> 6 & 63] : '=',
+                                here > 2 ? kAlphabet[group & 63] : '='};
+        out.append(std::string_view(digits, 4));
+    }
+}
+
+bool decodeBase64(std::string_view text, DataBuffer& out) {
+    if (text.size() > std::numeric_limits<unsigned int>::max() / 2)
+        return false;
+    const unsigned int start = out.getSize();
+    unsigned char* const begin = out.extend(static_cast<unsigned int>(text.size() / 4 * 3 + 3));
+    unsigned char* next = begin;
+    std::uint32_t group = 0;
+    unsigned int digits = 0, padding = 0;
+    bool good = true;
+    for (const char c : text) {
+        const unsigned char value = kValues[static_cast<unsigned char>(c)];
+        if (value == kNoDigit) {
+            padding += c == '=';
+            good = good && (c == '=' || isBlank(c));
+            continue;
+        }
+        good = good && padding == 0;
+        group = group << 6 | value;
+        if (++digits % 4 != 0)
+            continue;
+        *next++ = static_cast<unsigned char>(group >> 16);
+        *next++ = static_cast<unsigned char>(group >> 8);
+        *next++ = static_cast<unsigned char>(group);
+    }
+    good = good && endsWell(group, digits % 4, padding);
+    if (good && digits % 4 == 2)
+        *next++ = static_cast<unsigned char>(group >> 4);
+    if (good && digits % 4 == 3) {
+        *next++ = static_cast<unsigned char>(group >> 10);
+        *next++ = static_cast<unsigned char>(group >> 2);
+    }
+    out.shrink(start + (good ? static_cast<unsigned int>(next - begin) : 0));
+    return good;
+}
+
+}  // namespace certstore

@@ -1,0 +1,55 @@
+#include "support/encoding/Utf8.h"
+
+namespace certstore {
+
+std::size_t utf8SequenceSize(ByteView bytes) noexcept {
+    if (bytes.empty())
+        return 0;
+    const unsigned char lead = bytes[0];
+    if (lead < 0x80)
+        return 1;
+    if (lead < 0xc2 || lead > 0xf4)
+        return 0;
+    const std::size_t size = lead < 0xe0 ? 2 : lead < 0xf0 ? 3 : 4;
+    if (bytes.size() < size)
+        return 0;
+    for (std::size_t i = 1; i < size; ++i)
+        if ((bytes[i] & 0xc0) != 0x80)
+            return 0;
+    const bool overlong = (lead == 0xe0 && bytes[1] < 0xa0) || (lead == 0xf0 && bytes[1] < 0x90);
+    const bool surrogate = lead == 0xed && bytes[1] > 0x9f;
+    const bool beyond = lead == 0xf4 && bytes[1] > 0x8f;
+    return overlong || surrogate || beyond ? 0 : size;
+}
+
+bool isUtf8(ByteView bytes) noexcept {
+    while (!bytes.empty()) {
+        const std::size_t size = utf8SequenceSize(bytes);
+        if (size == 0)
+            return false;
+        bytes = bytes.subspan(size);
+    }
+    return true;
+}
+
+bool isUnicodeScalar(char32_t code) noexcept {
+    return code < 0xd800 || (code > 0xdfff && code <= 0x10ffff);
+}
+
+void appendUtf8Char(StringBuffer& out, char32_t code) {
+    const auto tail = [code](int shift) { return static_cast<char>(0x80 | (code >> shift & 0x3f)); };
+    if (code < 0x80) {
+        out.appendChar(static_cast<char>(code));
+    } else if (code < 0x800) {
+        const char text[] = {static_cast<char>(0xc0 | code >> 6), tail(0)};
+        out.append(std::string_view(text, 2));
+    } else if (code < 0x10000) {
+        const char text[] = {static_cast<char>(0xe0 | code >> 12), tail(6), tail(0)};
+        out.append(std::string_view(text, 3));
+    } else {
+        const char text[] = {static_cast<char>(0xf0 | code >> 18), tail(12), tail(6), tail(0)};
+        out.append(std::string_view(text, 4));
+    }
+}
+
+}  // namespace certstore

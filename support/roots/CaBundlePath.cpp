@@ -1,0 +1,23 @@
+#include "support/roots/CaBundlePath.h"
+
+#include <atomic>
+
+namespace certstore {
+
+namespace {
+
+constexpr const char* kSystemPath = "/etc/ssl/certs/ca-certificates.crt";
+
+std::atomic<const char*> g_path{kSystemPath};
+
+}  // namespace
+
+const char* caBundlePath() noexcept {
+    return g_path;
+}
+
+void setCaBundlePath(const char* path) noexcept {
+    g_path = path ? path : kSystemPath;
+}
+
+}  // namespace certstore

@@ -1,0 +1,32 @@
+#include "support/roots/SysTrustedRoots.h"
+
+#include "support/roots/RootIndex.h"
+
+namespace {
+
+// Never destroyed: stores may outlive main.
+certstore::RootIndex& roots() {
+    static certstore::RootIndex& index = *new certstore::RootIndex;
+    return index;
+}
+
+}  // namespace
+
+bool SysTrustedRoots::getTrustedRootDer(const char* subjectDn, DataBuffer& der, LogBase&) {
+    return subjectDn && roots().findBySubject(subjectDn, {}, der);
+}
+
+bool SysTrustedRoots::getTrustedRootDer_ski(const char* subjectKeyId, DataBuffer& der, LogBase&) {
+    return subjectKeyId && roots().findBySubjectKeyId(subjectKeyId, der);
+}
+
+void SysTrustedRoots::addRoots(const certstore::RootIndex& added) {
+    roots().addAll(added);
+    if (roots().size() != 0)
+        m_alreadyLoaded = true;
+}
+
+void SysTrustedRoots::removeAll() {
+    roots().removeAll();
+    m_alreadyLoaded = false;
+}

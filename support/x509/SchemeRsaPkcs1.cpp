@@ -1,0 +1,24 @@
+#include "support/asn1/DerReader.h"
+#include "support/asn1/Oid.h"
+#include "support/crypto/Rsa.h"
+#include "support/x509/SignatureSchemes.h"
+
+namespace certstore {
+
+const char* verifyRsaPkcs1Scheme(const SignatureInput& input) {
+    constexpr OidBytes kRsaEncryption("1.2.840.113549.1.1.1");
+    if (kRsaEncryption != input.key.algorithm)
+        return "An RSA signature needs an RSA key, and the issuer's is of another kind.";
+    DerReader parameters(input.parameters);
+    if (!parameters.atEnd() && !(parameters.readNull() && parameters.atEnd()))
+        return kBadSignatureParameters;
+    RsaPublicKey key;
+    if (!readRsaPublicKey(input.key.bits, key))
+        return "The issuer's RSA key is malformed.";
+    const DigestValue digest = computeDigest(input.digest, input.signedBytes);
+    return verifyRsaPkcs1(key, input.digest, digest.view(), input.signature)
+        ? nullptr
+        : kSignatureDoesNotMatch;
+}
+
+}  // namespace certstore
