@@ -56,12 +56,14 @@ public:
 
     // Adds every certificate of `other`, in its order; both then share the certificates. False at
     // the first that cannot be added; those before it stay. Takes this lock for the whole call and
-    // the other's for each certificate: two threads must not merge two repositories into each other.
+    // the other's for each certificate: two threads must not merge two repositories into each
+    // other.
     bool mergeCertRepository(CertRepository& other, LogBase& log);
 
     // Builds the key of `cert` into `key`, replacing its content. `subjectDn` is the certificate's
-    // subject DN without tags, read only when it is self-issued without a CN. False when `cert` is null
-    // (silently), has no serial number or no issuer name (logged). Takes no lock and needs none.
+    // subject DN without tags, read only when it is self-issued without a CN. False when `cert` is
+    // null (silently), has no serial number or no issuer name (logged). Takes no lock and needs
+    // none.
     bool constructSerialIssuerHashKey(X509Certificate* cert, XString& subjectDn, XString& key,
                                       LogBase& log);
 

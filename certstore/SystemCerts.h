@@ -16,7 +16,8 @@
 // trust. Validity dates, CA flags, key usage, name and other constraints and revocation are not
 // looked at. Certificates of strangers do not belong in a long-lived store: they can displace
 // entries (a subject key identifier belongs to the last that came with it) and
-// take names (a subject DN belongs to the first). Check what comes from outside in a store of its own.
+// take names (a subject DN belongs to the first). Check what comes from outside in a store of its
+// own.
 //
 // Lock. The store is its own lock (CritSecExitor), which a thread may take again. Every operation
 // takes it for the whole call unless it says otherwise, then the repository's within: always in
@@ -35,14 +36,15 @@ public:
     SystemCerts();
     ~SystemCerts() override;
 
-    // The same on the heap: the first incRefCount makes it the caller's. Null when it cannot be made.
+    // The same on the heap: the first incRefCount makes it the caller's. Null when it cannot be
+    // made.
     static SystemCerts* createNewRcObject() noexcept;
 
     // --- Filling (SystemCerts.cpp, SystemCertsSources.cpp)
 
     // Adds every certificate of `other`, in its order; the stores then share them. False at the
-    // first that cannot be added; those before it stay. Merging a store into itself is true and does nothing.
-    // Takes this store's lock, and of the other store only the repository's.
+    // first that cannot be added; those before it stay. Merging a store into itself is true and
+    // does nothing. Takes this store's lock, and of the other store only the repository's.
     bool mergeSysCerts(SystemCerts& other, LogBase& log);
 
     // Adds one certificate: see CertRepository::addCertificate for what happens to duplicates.
@@ -57,9 +59,9 @@ public:
 
     // --- Trusted roots on demand (SystemCertsTrustedRoots.cpp)
 
-    // Reads the operating system's CA bundle into SysTrustedRoots unless that holds roots already or
-    // one of the two settings (Settings.h) forbids it. Silent, also when the file cannot be read:
-    // then the next call tries again. Takes no lock.
+    // Reads the operating system's CA bundle into SysTrustedRoots unless that holds roots already
+    // or one of the two settings (Settings.h) forbids it. Silent, also when the file cannot be
+    // read: then the next call tries again. Takes no lock.
     void checkLoadSystemCaCerts(LogBase& log);
 
     // Adds the trusted root with this subject DN (no-tags form): the application's first, of
@@ -73,10 +75,10 @@ public:
 
     // --- Issuers and chains (SystemCertsIssuer.cpp, SystemCertsChain.cpp)
 
-    // The issuer of `cert`: by its authority key identifier; by its issuer DN, when `cert` itself is in the
-    // store; from the trusted roots, by identifier and then by DN, which adds the root to the store.
-    // Null for a self-issued certificate and when there is none. A match by identifier is taken as
-    // it is: neither names nor signatures are compared. The bool has no effect.
+    // The issuer of `cert`: by its authority key identifier; by its issuer DN, when `cert` itself
+    // is in the store; from the trusted roots, by identifier and then by DN, which adds the root to
+    // the store. Null for a self-issued certificate and when there is none. A match by identifier
+    // is taken as it is: neither names nor signatures are compared. The bool has no effect.
     X509Certificate* sysCertsFindIssuer(X509Certificate& cert, bool unused, LogBase& log);
 
     // Walks from `cert` up through its issuers to a self-issued certificate and appends a new
@@ -119,8 +121,8 @@ public:
     // By subject key identifier, upper-case hexadecimal without blanks.
     X509Certificate* findBySubjectKeyId(const char* subjectKeyId, LogBase& log);
 
-    // By serial number (hexadecimal, not null) and issuer, given by CN or DN or both; logs "serialNum" and
-    // "issuerCN". See CertRepository::crpFindCert.
+    // By serial number (hexadecimal, not null) and issuer, given by CN or DN or both; logs
+    // "serialNum" and "issuerCN". See CertRepository::crpFindCert.
     X509Certificate* findCertificate(const char* serialNum, const char* issuerCN,
                                      const char* issuerDN, LogBase& log);
     // The same; the certificate's lower-level object, borrowed from the certificate.
@@ -130,10 +132,10 @@ public:
     // --- Private keys (SystemCertsPrivateKeys.cpp)
 
     // Each hands out the private key of a certificate as unencrypted PKCS#8 DER, and, unless
-    // `certDer` is null, the certificate. `privKeyDer` is marked secure and wiped on entry, whatever
-    // comes of it. `keyNotExportable` tells that there is a key that may not be handed out. False
-    // when there is no such certificate or key, or it may not be exported. When only the certificate
-    // cannot be given, the key stays in `privKeyDer`.
+    // `certDer` is null, the certificate. `privKeyDer` is marked secure and wiped on entry,
+    // whatever comes of it. `keyNotExportable` tells that there is a key that may not be handed
+    // out. False when there is no such certificate or key, or it may not be exported. When only the
+    // certificate cannot be given, the key stays in `privKeyDer`.
     bool findPrivateKeyBySubjectKeyId(const char* subjectKeyId, DataBuffer& privKeyDer,
                                       DataBuffer* certDer, bool& keyNotExportable, LogBase& log);
     bool findPrivateKey(const char* serialNum, const char* issuerCN, const char* issuerDN,

@@ -3,8 +3,8 @@
 
 namespace {
 
-// Certificates examined in one chain, start included. Real chains have 2 to 5; the bound only stops a
-// crafted set of certificates from keeping the store locked.
+// Certificates examined in one chain, start included. Real chains have 2 to 5; the bound only stops
+// a crafted set of certificates from keeping the store locked.
 constexpr int kMaxChainLength = 32;
 
 constexpr int kFirstDnCapacity = 64;

@@ -37,8 +37,8 @@ bool DerReader::readAny(unsigned char& tag, ByteView& content, ByteView& whole) 
         return false;
     tag = m_rest[0];
     whole = m_rest.first(headerSize + size);
-    content = whole.subspan(headerSize);
-    m_rest = m_rest.subspan(whole.size());
+    content = m_rest.subspan(headerSize, size);
+    m_rest = m_rest.subspan(headerSize + size);
     return true;
 }
 
@@ -70,8 +70,8 @@ bool DerReader::readInteger(ByteView& content) noexcept {
     ByteView octets;
     if (!ahead.read(DerTag::Integer, octets) || octets.empty())
         return false;
-    if (octets.size() > 1 && ((octets[0] == 0x00 && octets[1] < 0x80) ||
-                              (octets[0] == 0xff && octets[1] >= 0x80)))
+    if (octets.size() > 1
+        && ((octets[0] == 0x00 && octets[1] < 0x80) || (octets[0] == 0xff && octets[1] >= 0x80)))
         return false;
     content = octets;
     *this = ahead;

@@ -46,9 +46,7 @@ public:
 
     // The identifier octet of the next value; 0, which is no tag of DER, at the end.
     unsigned char peekTag() const noexcept { return m_rest.empty() ? 0 : m_rest[0]; }
-    bool nextIs(DerTag tag) const noexcept {
-        return peekTag() == static_cast<unsigned char>(tag);
-    }
+    bool nextIs(DerTag tag) const noexcept { return peekTag() == static_cast<unsigned char>(tag); }
 
     // The content of the next value, which must have this tag.
     [[nodiscard]] bool read(unsigned char tag, ByteView& content) noexcept;

@@ -33,8 +33,8 @@ public:
     // The object under `key`, still the map's; null when the key is absent or holds a text.
     NonRefCountedObj* hashLookupSb(const StringBuffer& key) const noexcept;
 
-    // Appends the text under `key` to `value`. False, with `value` untouched, when the key is absent
-    // or holds an object. Throws std::bad_alloc.
+    // Appends the text under `key` to `value`. False, with `value` untouched, when the key is
+    // absent or holds an object. Throws std::bad_alloc.
     [[nodiscard]] bool hashLookupString(const char* key, StringBuffer& value) const;
 
     bool hashContains(const char* key) const noexcept;

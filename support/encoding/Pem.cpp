@@ -8,7 +8,8 @@ constexpr std::string_view kBegin = "-----BEGIN ";
 constexpr std::string_view kEnd = "-----END ";
 constexpr std::string_view kDashes = "-----";
 
-// The label of the boundary line that starts with `mark` at `at`; empty when the line is no boundary.
+// The label of the boundary line that starts with `mark` at `at`; empty when the line is no
+// boundary.
 std::string_view labelAt(std::string_view text, std::string_view mark, std::size_t at) noexcept {
     const std::size_t start = at + mark.size();
     const std::size_t lineEnd = std::min(text.find_first_of("\r\n", start), text.size());
@@ -22,7 +23,8 @@ std::string_view labelAt(std::string_view text, std::string_view mark, std::size
 bool PemWalker::next(PemBlock& block) noexcept {
     std::size_t begin = m_text.find(kBegin, m_at);
     while (begin != std::string_view::npos) {
-        // A block ends before the next one begins, so each byte is searched a fixed number of times.
+        // A block ends before the next one begins, so each byte is searched a fixed number of
+        // times.
         const std::size_t following = m_text.find(kBegin, begin + kBegin.size());
         const std::string_view rest = m_text.substr(0, following);
         const std::string_view label = labelAt(rest, kBegin, begin);

@@ -37,7 +37,9 @@ bool isUnicodeScalar(char32_t code) noexcept {
 }
 
 void appendUtf8Char(StringBuffer& out, char32_t code) {
-    const auto tail = [code](int shift) { return static_cast<char>(0x80 | (code >> shift & 0x3f)); };
+    const auto tail = [code](int shift) {
+        return static_cast<char>(0x80 | (code >> shift & 0x3f));
+    };
     if (code < 0x80) {
         out.appendChar(static_cast<char>(code));
     } else if (code < 0x800) {

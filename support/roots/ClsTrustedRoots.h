@@ -8,17 +8,18 @@
 #include "support/roots/RootIndex.h"
 
 // A set of root certificates in the making: loaded first, then activated for the process, for the
-// application (TrustedRoots) or as the operating system's (SysTrustedRoots). Activated roots outlive
-// it. Used by one thread at a time.
+// application (TrustedRoots) or as the operating system's (SysTrustedRoots). Activated roots
+// outlive it. Used by one thread at a time.
 class ClsTrustedRoots : public ClsBase {
 public:
-    // A new empty object, the caller's, to be given back with deleteSelf. Null when it cannot be made.
+    // A new empty object, the caller's, to be given back with deleteSelf. Null when it cannot be
+    // made.
     static ClsTrustedRoots* createNewCls() noexcept;
 
     // Adds every certificate of a PEM file (at most 64 MiB). Anything may stand between the blocks;
     // a block that is no certificate is skipped and counted ("numCertsSkipped"), one that is there
-    // already is not kept twice. `progress` may be null. False, with one error, when the file cannot
-    // be read or holds no certificate, or the monitor aborts; certificates read before stay.
+    // already is not kept twice. `progress` may be null. False, with one error, when the file
+    // cannot be read or holds no certificate, or the monitor aborts; certificates read before stay.
     bool loadCaCertsPem(const XString& path, ProgressMonitor* progress, LogBase& log);
 
     // Adds one DER certificate. False, logged, when the bytes are none.

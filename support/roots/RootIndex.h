@@ -23,7 +23,7 @@ public:
 
     // What a root must be like. Empty texts ask for nothing.
     struct Wish {
-        std::string_view keyType;       // preferred, as X509Certificate::appendCertKeyType writes it
+        std::string_view keyType;  // preferred, as X509Certificate::appendCertKeyType writes it
         std::string_view subjectKeyId;  // required, as getSubjectKeyIdentifier writes it
     };
 

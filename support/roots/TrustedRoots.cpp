@@ -18,8 +18,8 @@ std::string_view viewOf(const char* text) noexcept {
 
 bool TrustedRoots::isTrustedRoot(const char* keyType, const char* subjectKeyId,
                                  const char* subjectDn, DataBuffer& der, bool& found, LogBase&) {
-    found = subjectDn
-        && roots().findBySubject(subjectDn, {viewOf(keyType), viewOf(subjectKeyId)}, der);
+    found =
+        subjectDn && roots().findBySubject(subjectDn, {viewOf(keyType), viewOf(subjectKeyId)}, der);
     return found;
 }
 

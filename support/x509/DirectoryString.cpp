@@ -8,52 +8,60 @@ namespace certstore {
 
 namespace {
 
-char32_t unitAt(ByteView content, std::size_t at, std::size_t size) noexcept {
-    char32_t unit = 0;
-    for (std::size_t i = 0; i < size; ++i)
-        unit = unit << 8 | content[at + i];
-    return unit;
-}
+// Reads the characters of a BMPString (units of two bytes, surrogate pairs allowed) or of a
+// UniversalString (units of four).
+class WideText {
+public:
+    WideText(ByteView content, std::size_t unitSize) noexcept
+        : m_rest(content), m_unitSize(unitSize) {}
 
-bool appendLatin1(StringBuffer& out, ByteView content) {
-    for (const unsigned char byte : content)
-        appendUtf8Char(out, byte);
-    return true;
-}
+    bool atEnd() const noexcept { return m_rest.empty(); }
 
-// Requires: an even number of bytes.
-bool appendUtf16(StringBuffer& out, ByteView content) {
-    for (std::size_t i = 0; i < content.size(); i += 2) {
-        char32_t code = unitAt(content, i, 2);
-        if (code >= 0xd800 && code <= 0xdbff && i + 4 <= content.size()) {
-            const char32_t low = unitAt(content, i + 2, 2);
-            if (low < 0xdc00 || low > 0xdfff)
+    // The next character; false when what follows is none.
+    bool next(char32_t& code) noexcept {
+        if (!nextUnit(code))
+            return false;
+        if (m_unitSize == 2 && code >= 0xd800 && code <= 0xdbff) {
+            char32_t low = 0;
+            if (!nextUnit(low) || low < 0xdc00 || low > 0xdfff)
                 return false;
             code = 0x10000 + ((code - 0xd800) << 10) + (low - 0xdc00);
-            i += 2;
         }
-        if (!isUnicodeScalar(code))
-            return false;
-        appendUtf8Char(out, code);
+        return isUnicodeScalar(code);
     }
+
+private:
+    bool nextUnit(char32_t& unit) noexcept {
+        if (m_rest.size() < m_unitSize)
+            return false;
+        unit = 0;
+        for (const unsigned char byte : m_rest.first(m_unitSize))
+            unit = unit << 8 | byte;
+        m_rest = m_rest.subspan(m_unitSize);
+        return true;
+    }
+
+    ByteView m_rest;
+    std::size_t m_unitSize;
+};
+
+bool isWideText(WideText text) noexcept {
+    char32_t code = 0;
+    while (!text.atEnd())
+        if (!text.next(code))
+            return false;
     return true;
 }
 
-// Requires: a multiple of four bytes.
-bool appendUtf32(StringBuffer& out, ByteView content) {
-    for (std::size_t i = 0; i < content.size(); i += 4) {
-        const char32_t code = unitAt(content, i, 4);
-        if (!isUnicodeScalar(code))
-            return false;
+void appendWideText(StringBuffer& out, WideText text) {
+    char32_t code = 0;
+    while (text.next(code))
         appendUtf8Char(out, code);
-    }
-    return true;
 }
 
 // The value as bytes that are meant to be UTF-8: its own ones where the type allows, else those
-// written to `scratch`. False when it is no text.
+// written to `scratch`. False when its type is no string.
 bool toUtf8(unsigned char tag, ByteView content, StringBuffer& scratch, ByteView& utf8) {
-    bool good = false;
     switch (static_cast<DerTag>(tag)) {
         case DerTag::Utf8String:
         case DerTag::PrintableString:
@@ -63,19 +71,20 @@ bool toUtf8(unsigned char tag, ByteView content, StringBuffer& scratch, ByteView
             utf8 = content;
             return true;
         case DerTag::T61String:
-            good = appendLatin1(scratch, content);
+            for (const unsigned char latin1 : content)
+                appendUtf8Char(scratch, latin1);
             break;
         case DerTag::BmpString:
-            good = appendUtf16(scratch, content);
+            appendWideText(scratch, WideText(content, 2));
             break;
         case DerTag::UniversalString:
-            good = appendUtf32(scratch, content);
+            appendWideText(scratch, WideText(content, 4));
             break;
         default:
-            break;
+            return false;
     }
     utf8 = bytesOf(scratch.view());
-    return good;
+    return true;
 }
 
 void appendEscapedByte(StringBuffer& out, unsigned char byte) {
@@ -125,9 +134,9 @@ bool isNameValue(unsigned char tag, ByteView content) noexcept {
         case DerTag::Utf8String:
             return isUtf8(content);
         case DerTag::BmpString:
-            return content.size() % 2 == 0;
+            return isWideText(WideText(content, 2));
         case DerTag::UniversalString:
-            return content.size() % 4 == 0;
+            return isWideText(WideText(content, 4));
         case DerTag::BitString:
             return !content.empty() && content[0] <= 7;
         case DerTag::PrintableString:

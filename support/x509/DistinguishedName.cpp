@@ -44,7 +44,8 @@ public:
     }
 
 private:
-    // Up to the separator, which is passed. Blanks in front of it count only when escaped or quoted.
+    // Up to the separator, which is passed. Blanks in front of it count only when escaped or
+    // quoted.
     void readValue(StringBuffer& value) {
         bool quoted = false;
         std::size_t blanks = 0;
@@ -84,7 +85,8 @@ private:
         certstore::ByteView content, whole;
         unsigned char tag;
         const bool isDer = bytes.getSize() * 2 + 1 == typed.size()
-            && der.readAny(tag, content, whole) && der.atEnd();
+            && der.readAny(tag, content, whole) && der.atEnd()
+            && certstore::isNameValue(tag, content);
         if (!isDer || !certstore::appendDirectoryText(value, tag, content))
             value.append(typed);
     }

@@ -145,8 +145,8 @@ KeyMatch matchRsa(const RsaPublicKey& key, ByteView publicBits) noexcept {
 bool readPublicKeyInfo(ByteView spki, PublicKeyInfo& info) noexcept {
     DerReader outer(spki), inner;
     return outer.readSequence(inner) && outer.atEnd()
-        && readAlgorithm(inner, info.algorithm, info.parameters)
-        && inner.readBitString(info.bits) && inner.atEnd();
+        && readAlgorithm(inner, info.algorithm, info.parameters) && inner.readBitString(info.bits)
+        && inner.atEnd();
 }
 
 bool readRsaPublicKey(ByteView der, RsaPublicKey& key) noexcept {
@@ -167,8 +167,8 @@ void appendKeyDescription(StringBuffer& out, const PublicKeyInfo& info) {
     RsaPublicKey rsa;
     if (familyOf(info.algorithm) == KeyFamily::Rsa && readRsaPublicKey(info.bits, rsa)
         && !rsa.modulus.empty()) {
-        const std::size_t bits = rsa.modulus.size() * 8
-            - static_cast<std::size_t>(std::countl_zero(rsa.modulus[0]));
+        const std::size_t bits =
+            rsa.modulus.size() * 8 - static_cast<std::size_t>(std::countl_zero(rsa.modulus[0]));
         out.append(" " + std::to_string(bits));
     }
     DerReader parameters(info.parameters);

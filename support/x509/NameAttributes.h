@@ -6,8 +6,8 @@
 
 namespace certstore {
 
-// The short name of an attribute type given by the content octets of its OID; empty when it has none
-// here. RFC 4514 section 3 and what other programs write for the types that CAs use.
+// The short name of an attribute type given by the content octets of its OID; empty when it has
+// none here. RFC 4514 section 3 and what other programs write for the types that CAs use.
 std::string_view attributeShortName(ByteView oid) noexcept;
 
 // Whether an attribute name as a person types it means this type: a short name or one of its usual

@@ -31,8 +31,8 @@ public:
     bool isExportable() const noexcept;
 
     // Loads an unencrypted PKCS#8 private key (RFC 5208, RFC 5958) of any algorithm, at most
-    // kMaxPrivateKeySize bytes; kept in memory that is wiped when its last user goes. False, logged,
-    // when it is malformed, when its public half is known to be another than the public key
+    // kMaxPrivateKeySize bytes; kept in memory that is wiped when its last user goes. False,
+    // logged, when it is malformed, when its public half is known to be another than the public key
     // held here, or when a private key is held already. Throws std::bad_alloc.
     bool loadPrivateKeyDer(const DataBuffer& pkcs8, LogBase& log);
 

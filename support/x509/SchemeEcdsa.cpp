@@ -31,8 +31,8 @@ const NamedCurve* findNamedCurve(ByteView parameters) noexcept {
 // Ecdsa-Sig-Value (RFC 3279 section 2.2.3).
 bool readSignature(ByteView signature, ByteView& r, ByteView& s) noexcept {
     DerReader der(signature), inner;
-    return der.readSequence(inner) && der.atEnd() && inner.readUnsigned(r)
-        && inner.readUnsigned(s) && inner.atEnd();
+    return der.readSequence(inner) && der.atEnd() && inner.readUnsigned(r) && inner.readUnsigned(s)
+        && inner.atEnd();
 }
 
 }  // namespace

@@ -24,6 +24,7 @@ const char* verifyRsaPkcs1Scheme(const SignatureInput& input);
 const char* verifyEcdsaScheme(const SignatureInput& input);
 
 constexpr const char* kSignatureDoesNotMatch = "The signature does not match.";
-constexpr const char* kBadSignatureParameters = "The signature algorithm's parameters are malformed.";
+constexpr const char* kBadSignatureParameters =
+    "The signature algorithm's parameters are malformed.";
 
 }  // namespace certstore

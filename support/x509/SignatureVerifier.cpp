@@ -61,8 +61,7 @@ const char* verify(const X509& cert, ByteView issuerSpki, const SignatureAlgorit
     PublicKeyInfo key;
     if (!readPublicKeyInfo(issuerSpki, key))
         return "The issuer's public key is malformed.";
-    return algorithm.verify(
-        {algorithm.digest, parameters, cert.tbs(), cert.signature(), key});
+    return algorithm.verify({algorithm.digest, parameters, cert.tbs(), cert.signature(), key});
 }
 
 }  // namespace

@@ -11,7 +11,8 @@ namespace certstore {
 // malformed, or the signature does not match.
 bool verifySignature(const X509& cert, ByteView issuerSpki, LogBase& log);
 
-// Appends the name of a signature algorithm, given as a whole AlgorithmIdentifier, or its dotted OID.
+// Appends the name of a signature algorithm, given as a whole AlgorithmIdentifier, or its dotted
+// OID.
 void appendSignatureAlgorithmName(StringBuffer& out, ByteView algorithm);
 
 }  // namespace certstore

@@ -8,14 +8,15 @@
 
 namespace certstore {
 
-// What a certificate's encoding says, as slices of that encoding. Slices of absent fields are empty.
+// What a certificate's encoding says, as slices of that encoding. Slices of absent fields are
+// empty.
 struct X509Fields {
     ByteView tbs;           // TBSCertificate, whole: what is signed
     ByteView tbsAlgorithm;  // AlgorithmIdentifier inside the signed part, whole
     ByteView serial;        // content octets as encoded
     ByteView issuer;        // content of the RDNSequence
     ByteView subject;
-    ByteView spki;          // SubjectPublicKeyInfo, whole
+    ByteView spki;                // SubjectPublicKeyInfo, whole
     ByteView signatureAlgorithm;  // AlgorithmIdentifier, whole
     ByteView signature;           // the BIT STRING's bytes
     ByteView subjectKeyId;        // RFC 5280 section 4.2.1.2

@@ -15,9 +15,9 @@
 //
 // Nothing about it changes but m_certKey, which takes a private key once; so any thread may call
 // anything here while others do. An XString or DataBuffer given to a getter has its content
-// replaced, a StringBuffer is appended to; they come back empty (untouched) on false. What a certificate
-// does not have is no failure and writes nothing to the log. Text never holds a NUL byte: it comes
-// as \00. All operations may throw std::bad_alloc.
+// replaced, a StringBuffer is appended to; they come back empty (untouched) on false. What a
+// certificate does not have is no failure and writes nothing to the log. Text never holds a NUL
+// byte: it comes as \00. All operations may throw std::bad_alloc.
 class X509Certificate : public ZorvenX509Holder {
 public:
     X509Certificate(const X509Certificate&) = delete;

@@ -8,8 +8,8 @@ namespace certstore {
 
 namespace {
 
-// One pass over one certificate. `at` notes what is about to be read, so that the notes of a read
-// that fails tell where.
+// One pass over one certificate. Each step notes with `at` what it is about to read, so that the
+// notes tell where the step that failed stood.
 class Parser {
 public:
     Parser(ByteView der, X509Fields& fields) noexcept : m_der(der), m_fields(fields) {}
@@ -18,16 +18,19 @@ public:
     X509ParseError where() const noexcept { return {m_field, m_offset}; }
 
 private:
-    bool readTbs(DerReader& tbs) noexcept;
+    bool readTbs(DerReader& cert) noexcept;
     bool readVersion(DerReader& tbs) noexcept;
-    bool readAlgorithm(DerReader& outer, ByteView& whole) noexcept;
+    bool readSerial(DerReader& tbs) noexcept;
+    bool readAlgorithm(const char* field, DerReader& outer, ByteView& whole) noexcept;
     bool readName(const char* field, DerReader& tbs, ByteView& name) noexcept;
-    bool readAttribute(DerReader& rdn) noexcept;
+    bool readAttribute(const char* field, DerReader& rdn) noexcept;
     bool readValidity(DerReader& tbs) noexcept;
     bool readTime(DerReader& validity) noexcept;
     bool readSpki(DerReader& tbs) noexcept;
-    bool readUniqueId(DerReader& tbs, unsigned char number) noexcept;
+    bool readUniqueId(const char* field, DerReader& tbs, unsigned char number) noexcept;
     bool readExtensions(DerReader& tbs) noexcept;
+    bool readSignature(DerReader& cert) noexcept;
+    bool readEnd(const char* field, const DerReader& reader) noexcept;
 
     bool at(const char* field, const DerReader& reader) noexcept {
         m_field = field;
@@ -42,35 +45,26 @@ private:
 };
 
 bool Parser::readCertificate() noexcept {
-    DerReader der(m_der), cert, tbs;
-    unsigned int unusedBits = 0;
-    const bool read = at("size", der) && m_der.size() <= kMaxCertificateSize
-        && at("certificate", der) && der.readSequence(cert)
-        && at("end of certificate", der) && der.atEnd()
-        && at("tbsCertificate", cert) && cert.readSequence(tbs, m_fields.tbs) && readTbs(tbs)
-        && at("signatureAlgorithm", cert) && readAlgorithm(cert, m_fields.signatureAlgorithm)
-        && at("signatureValue", cert) && cert.readBitString(m_fields.signature, unusedBits)
-        && at("end of certificate", cert) && cert.atEnd();
-    m_fields.signatureHasUnusedBits = unusedBits != 0;
-    return read;
+    DerReader der(m_der), cert;
+    if (!at("size", der) || m_der.size() > kMaxCertificateSize)
+        return false;
+    return at("certificate", der) && der.readSequence(cert) && readEnd("end of certificate", der)
+        && readTbs(cert) && readAlgorithm("signatureAlgorithm", cert, m_fields.signatureAlgorithm)
+        && readSignature(cert) && readEnd("end of certificate", cert);
 }
 
-bool Parser::readTbs(DerReader& tbs) noexcept {
-    return at("version", tbs) && readVersion(tbs)
-        && at("serialNumber", tbs) && tbs.read(DerTag::Integer, m_fields.serial)
-        && !m_fields.serial.empty()
-        && at("signature", tbs) && readAlgorithm(tbs, m_fields.tbsAlgorithm)
-        && readName("issuer", tbs, m_fields.issuer)
-        && at("validity", tbs) && readValidity(tbs)
-        && readName("subject", tbs, m_fields.subject)
-        && at("subjectPublicKeyInfo", tbs) && readSpki(tbs)
-        && at("issuerUniqueID", tbs) && readUniqueId(tbs, 1)
-        && at("subjectUniqueID", tbs) && readUniqueId(tbs, 2)
-        && at("extensions", tbs) && readExtensions(tbs)
-        && at("end of tbsCertificate", tbs) && tbs.atEnd();
+bool Parser::readTbs(DerReader& cert) noexcept {
+    DerReader tbs;
+    return at("tbsCertificate", cert) && cert.readSequence(tbs, m_fields.tbs) && readVersion(tbs)
+        && readSerial(tbs) && readAlgorithm("signature", tbs, m_fields.tbsAlgorithm)
+        && readName("issuer", tbs, m_fields.issuer) && readValidity(tbs)
+        && readName("subject", tbs, m_fields.subject) && readSpki(tbs)
+        && readUniqueId("issuerUniqueID", tbs, 1) && readUniqueId("subjectUniqueID", tbs, 2)
+        && readExtensions(tbs) && readEnd("end of tbsCertificate", tbs);
 }
 
 bool Parser::readVersion(DerReader& tbs) noexcept {
+    at("version", tbs);
     if (tbs.peekTag() != contextTag(0, true))
         return true;
     DerReader version;
@@ -81,11 +75,17 @@ bool Parser::readVersion(DerReader& tbs) noexcept {
     return number <= 2;
 }
 
-bool Parser::readAlgorithm(DerReader& outer, ByteView& whole) noexcept {
+// Not readInteger: CAs have issued serials with superfluous octets in front, too.
+bool Parser::readSerial(DerReader& tbs) noexcept {
+    return at("serialNumber", tbs) && tbs.read(DerTag::Integer, m_fields.serial)
+        && !m_fields.serial.empty();
+}
+
+bool Parser::readAlgorithm(const char* field, DerReader& outer, ByteView& whole) noexcept {
     DerReader inner;
     ByteView oid, parameters, content;
     unsigned char tag;
-    return outer.readSequence(inner, whole) && inner.readOid(oid)
+    return at(field, outer) && outer.readSequence(inner, whole) && inner.readOid(oid)
         && (inner.atEnd() || inner.readAny(tag, content, parameters)) && inner.atEnd();
 }
 
@@ -98,25 +98,24 @@ bool Parser::readName(const char* field, DerReader& tbs, ByteView& name) noexcep
         if (!at(field, rdns) || !rdns.readSet(rdn) || rdn.atEnd())
             return false;
         while (!rdn.atEnd())
-            if (!at(field, rdn) || !readAttribute(rdn))
+            if (!readAttribute(field, rdn))
                 return false;
     }
     return true;
 }
 
-bool Parser::readAttribute(DerReader& rdn) noexcept {
+bool Parser::readAttribute(const char* field, DerReader& rdn) noexcept {
     DerReader attribute;
     ByteView type, value, whole;
     unsigned char tag;
-    return rdn.readSequence(attribute) && attribute.readOid(type)
-        && attribute.readAny(tag, value, whole) && attribute.atEnd()
-        && isNameValue(tag, value);
+    return at(field, rdn) && rdn.readSequence(attribute) && attribute.readOid(type)
+        && attribute.readAny(tag, value, whole) && attribute.atEnd() && isNameValue(tag, value);
 }
 
 bool Parser::readValidity(DerReader& tbs) noexcept {
     DerReader validity;
-    return tbs.readSequence(validity) && readTime(validity) && readTime(validity)
-        && validity.atEnd();
+    return at("validity", tbs) && tbs.readSequence(validity) && readTime(validity)
+        && readTime(validity) && validity.atEnd();
 }
 
 bool Parser::readTime(DerReader& validity) noexcept {
@@ -125,20 +124,24 @@ bool Parser::readTime(DerReader& validity) noexcept {
 }
 
 bool Parser::readSpki(DerReader& tbs) noexcept {
+    constexpr const char* kField = "subjectPublicKeyInfo";
     DerReader key;
     ByteView algorithm, bits;
     unsigned int unusedBits;
-    return tbs.readSequence(key, m_fields.spki) && readAlgorithm(key, algorithm)
-        && key.readBitString(bits, unusedBits) && key.atEnd();
+    return at(kField, tbs) && tbs.readSequence(key, m_fields.spki)
+        && readAlgorithm(kField, key, algorithm) && key.readBitString(bits, unusedBits)
+        && key.atEnd();
 }
 
-bool Parser::readUniqueId(DerReader& tbs, unsigned char number) noexcept {
+bool Parser::readUniqueId(const char* field, DerReader& tbs, unsigned char number) noexcept {
     ByteView ignored;
+    at(field, tbs);
     return tbs.peekTag() != contextTag(number, false)
         || tbs.read(contextTag(number, false), ignored);
 }
 
 bool Parser::readExtensions(DerReader& tbs) noexcept {
+    at("extensions", tbs);
     if (tbs.peekTag() != contextTag(3, true))
         return true;
     DerReader outer, list;
@@ -147,6 +150,18 @@ bool Parser::readExtensions(DerReader& tbs) noexcept {
     const bool read = readX509Extensions(list, m_fields);
     at("extensions", list);
     return read;
+}
+
+bool Parser::readSignature(DerReader& cert) noexcept {
+    unsigned int unusedBits = 0;
+    const bool read =
+        at("signatureValue", cert) && cert.readBitString(m_fields.signature, unusedBits);
+    m_fields.signatureHasUnusedBits = unusedBits != 0;
+    return read;
+}
+
+bool Parser::readEnd(const char* field, const DerReader& reader) noexcept {
+    return at(field, reader) && reader.atEnd();
 }
 
 }  // namespace

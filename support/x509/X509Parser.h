@@ -19,9 +19,9 @@ struct X509ParseError {
 //
 // The structure is strict DER, with nothing left over. What real CAs have issued passes: any serial
 // number, empty names, explicit defaults, dates of any content, unknown extensions, extensions in
-// any version. Names hold RDNs of at least one attribute, each a string, a BIT STRING or a SEQUENCE;
-// UTF8String must be UTF-8, BMPString and UniversalString have whole characters. An extension that
-// we read but that is malformed, or stands twice, counts as absent. False on anything else.
+// any version. Names hold RDNs of at least one attribute, with values that isNameValue allows. An
+// extension that we read but that is malformed, or stands twice, counts as absent. False on
+// anything else.
 [[nodiscard]] bool parseX509(ByteView der, X509Fields& fields, X509ParseError& error) noexcept;
 
 }  // namespace certstore

@@ -1,0 +1,34 @@
+#!/usr/bin/env bash
+# Installs what building, testing and demonstrating certstore needs from Debian, and only what is
+# missing: where everything is present no network and no privilege is needed.
+set -euo pipefail
+
+packages=(cmake ninja-build g++ libgtest-dev nlohmann-json3-dev openssl ca-certificates)
+
+if ! command -v apt-get >/dev/null || ! command -v dpkg-query >/dev/null; then
+    echo "Not a Debian system: nothing installed. Needed are the equivalents of ${packages[*]}." >&2
+    exit 0
+fi
+
+missing=()
+for package in "${packages[@]}"; do
+    # `dpkg -s` also succeeds for a removed package whose settings stayed behind.
+    state=$(dpkg-query -W -f='${db:Status-Status}' "$package" 2>/dev/null || true)
+    [[ $state == installed ]] || missing+=("$package")
+done
+[[ ${#missing[@]} -gt 0 ]] || exit 0
+
+as_root=()
+if [[ $(id -u) -ne 0 ]]; then
+    if ! command -v sudo >/dev/null; then
+        echo "Missing: ${missing[*]}. Neither root nor sudo here; as root, run:" >&2
+        echo "  apt-get update && apt-get install ${missing[*]}" >&2
+        exit 1
+    fi
+    as_root=(sudo)
+fi
+
+echo "Installing ${missing[*]}"
+"${as_root[@]}" apt-get -q update
+"${as_root[@]}" env DEBIAN_FRONTEND=noninteractive \
+    apt-get -q -y install --no-install-recommends "${missing[@]}"

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <filesystem>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "support/buffers/DataBuffer.h"
+#include "support/x509/CertificateHolder.h"
+
+// What tests read: the certificates of tests/data, and the folder of foreign vectors.
+namespace testfiles {
+
+std::string readFile(const std::filesystem::path& path);
+
+// A file of tests/data.
+std::filesystem::path data(const std::string& name);
+
+// The certificates of a PEM file of tests/data, in order.
+using Certs = std::vector<ZorvenOwner<CertificateHolder>>;
+Certs loadCerts(const std::string& name);
+
+// The only or the first one.
+ZorvenOwner<CertificateHolder> loadCert(const std::string& name);
+
+// The certificate that a holder holds.
+X509Certificate& certOf(const ZorvenOwner<CertificateHolder>& holder);
+
+// The DER inside the first PEM block of a file of tests/data.
+void loadPemDer(const std::string& name, DataBuffer& der);
+
+// Where the foreign vectors are; empty when this build has none.
+std::filesystem::path vectors();
+
+// A tab-separated table with a header line, one map a row.
+using Row = std::map<std::string, std::string>;
+std::vector<Row> readTable(const std::filesystem::path& path);
+
+// A cell of such a table, which writes what it cannot hold as %XX.
+std::string textCell(const std::string& cell);
+
+// The values of a list cell: "|" between them.
+std::vector<std::string> listCell(const std::string& cell);
+
+}  // namespace testfiles

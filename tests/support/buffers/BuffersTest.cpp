@@ -1,0 +1,110 @@
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "support/buffers/DataBuffer.h"
+#include "support/buffers/StringBuffer.h"
+#include "support/buffers/XString.h"
+
+namespace {
+
+TEST(StringBuffer, EditsInPlace) {
+    struct Case {
+        const char* sentence;
+        const char* before;
+        void (*edit)(StringBuffer&);
+        const char* after;
+    };
+    const Case cases[] = {
+        {"one pair of zeros is cut, not all", "0000AB",
+         [](StringBuffer& s) { s.replaceFirstOccurance("00", "", false); }, "00AB"},
+        {"the first occurrence counts", "a00b00",
+         [](StringBuffer& s) { s.replaceFirstOccurance("00", "-long-", false); }, "a-long-b00"},
+        {"case counts unless told otherwise", "xAbAB",
+         [](StringBuffer& s) { s.replaceFirstOccurance("AB", "_", false); }, "xAb_"},
+        {"and does not when told so", "xAbAB",
+         [](StringBuffer& s) { s.replaceFirstOccurance("AB", "_", true); }, "x_AB"},
+        {"zeros go in front", "AB:CN", [](StringBuffer& s) { s.prepend("00"); }, "00AB:CN"},
+        {"blanks at both ends go, those inside stay", " \t a b\r\n",
+         [](StringBuffer& s) { s.trim2(); }, "a b"},
+        {"nothing but blanks", " \t\r\n ", [](StringBuffer& s) { s.trim2(); }, ""},
+        {"only ASCII letters have a case", "a\xc3\xa9z09", [](StringBuffer& s) { s.toUpperCase(); },
+         "A\xc3\xa9Z09"},
+        {"a null C string adds nothing", "x",
+         [](StringBuffer& s) { s.append(static_cast<const char*>(nullptr)); }, "x"},
+        {"its own text, in front", "ab", [](StringBuffer& s) { s.prepend(s.getString()); }, "abab"},
+    };
+    for (const Case& c : cases) {
+        StringBuffer text;
+        text.append(c.before);
+        c.edit(text);
+        EXPECT_STREQ(text.getString(), c.after) << c.sentence;
+        EXPECT_EQ(text.getSize(), std::string(c.after).size()) << c.sentence;
+    }
+}
+
+TEST(StringBuffer, GrowsWithItsOwnText) {
+    StringBuffer text;
+    std::string expected = "0123456789";
+    text.append(expected.c_str());
+    for (int i = 0; i < 10; ++i) {
+        text.append(text);
+        text.prepend(text.getString() + 5);
+        expected = (expected + expected).substr(5) + expected + expected;
+        ASSERT_EQ(text.view(), expected);
+    }
+    text.clear();
+    EXPECT_STREQ(text.getString(), "");
+}
+
+TEST(XString, WritableViewIsTheText) {
+    XString text, copy;
+    text.appendUtf8("0a1b");
+    text.getUtf8Sb_rw().toUpperCase();
+    copy.copyFromX(text);
+    copy.appendX(copy);
+    EXPECT_STREQ(text.getUtf8(), "0A1B");
+    EXPECT_STREQ(copy.getUtf8(), "0A1B0A1B");
+    copy.toLowerCase();
+    EXPECT_FALSE(copy.equalsX(text));
+    copy.weakClear();
+    EXPECT_TRUE(copy.isEmpty());
+}
+
+TEST(DataBuffer, AppendsAlsoWhatLiesWithinIt) {
+    DataBuffer buffer;
+    std::string expected;
+    for (unsigned char i = 0; i < 60; ++i) {
+        buffer.appendByte(i);
+        expected += static_cast<char>(i);
+    }
+    for (int i = 0; i < 6; ++i) {
+        buffer.append(buffer.view().subspan(3));
+        expected += expected.substr(3);
+    }
+    EXPECT_EQ(certstore::textOf(buffer.view()), expected);
+    buffer.shrink(10);
+    EXPECT_EQ(certstore::textOf(buffer.view()), expected.substr(0, 10));
+}
+
+TEST(DataBuffer, SecretsAreOverwritten) {
+    const auto allZero = [](const unsigned char* bytes, std::size_t size) {
+        return std::all_of(bytes, bytes + size, [](unsigned char byte) { return byte == 0; });
+    };
+    for (const bool secure : {true, false}) {
+        DataBuffer buffer;
+        buffer.m_secure = secure;
+        buffer.append("a secret of some length", 23);
+        const unsigned char* storage = buffer.getData2();
+        buffer.shrink(5);
+        EXPECT_EQ(allZero(storage + 5, 18), secure);
+        buffer.clear();
+        EXPECT_EQ(allZero(storage, 5), secure);
+        buffer.append("another", 7);
+        buffer.secureClear();
+        EXPECT_TRUE(allZero(storage, 23));
+        EXPECT_EQ(buffer.getSize(), 0U);
+    }
+}
+
+}  // namespace

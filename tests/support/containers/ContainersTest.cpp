@@ -1,0 +1,132 @@
+#include <gtest/gtest.h>
+
+#include <map>
+#include <random>
+#include <string>
+#include <thread>
+
+#include "support/containers/ExtPtrArray.h"
+#include "support/containers/StringHashMap.h"
+
+namespace {
+
+class Counted : public NonRefCountedObj {
+public:
+    explicit Counted(int value = 0) : m_value(value) { ++s_alive; }
+    ~Counted() override { --s_alive; }
+    int m_value;
+    static inline int s_alive = 0;
+};
+
+StringBuffer* newText(int number) {
+    return StringBuffer::createNewSB(std::to_string(number).c_str());
+}
+
+TEST(ExtPtrArray, OwnsItsElementsInOrder) {
+    {
+        ExtPtrArray array;
+        for (int i = 0; i < 1000; ++i)
+            array.appendObject(new Counted(i));
+        array.appendObject(nullptr);
+        EXPECT_EQ(Counted::s_alive, 1000);
+        EXPECT_EQ(array.getSize(), 1001);
+        for (int i = 0; i < 1000; ++i)
+            ASSERT_EQ(static_cast<Counted*>(array.elementAt(i))->m_value, i);
+        EXPECT_EQ(array.elementAt(1000), nullptr);
+    }
+    EXPECT_EQ(Counted::s_alive, 0);
+}
+
+TEST(ExtPtrArraySb, OutOfRangeIsNull) {
+    ExtPtrArraySb array;
+    EXPECT_FALSE(array.appendSb(nullptr));
+    EXPECT_EQ(array.sbAt(0), nullptr);
+    ASSERT_TRUE(array.appendSb(newText(7)));
+    EXPECT_STREQ(array.sbAt(0)->getString(), "7");
+    EXPECT_EQ(array.sbAt(-1), nullptr);
+    EXPECT_EQ(array.sbAt(1), nullptr);
+}
+
+TEST(ExtPtrArraySb, IsReadWhileItGrows) {
+    constexpr int kCount = 5000;
+    ExtPtrArraySb array;
+    std::thread writer([&array] {
+        for (int i = 0; i < kCount; ++i)
+            array.appendSb(newText(i));
+    });
+    for (int size = 0; size < kCount;) {
+        size = array.getSize();
+        if (size > 0) {
+            ASSERT_STREQ(array.sbAt(size - 1)->getString(), std::to_string(size - 1).c_str());
+        }
+    }
+    writer.join();
+}
+
+TEST(StringHashMap, KeepsWhatItAcceptedAndNothingElse) {
+    {
+        StringHashMap map(400);
+        StringBuffer key;
+        key.append("SubjectKeyId:AB");
+        auto* first = new Counted(1);
+        EXPECT_FALSE(map.hashInsertSb(key, nullptr));
+        ASSERT_TRUE(map.hashInsertSb(key, first));
+        Counted refused(2);
+        EXPECT_FALSE(map.hashInsertSb(key, &refused)) << "a key that is there keeps its value";
+        EXPECT_EQ(map.hashLookupSb(key), first);
+        EXPECT_FALSE(map.hashContains("SubjectKeyId:ab"));
+        StringBuffer text;
+        EXPECT_FALSE(map.hashLookupString("SubjectKeyId:AB", text)) << "an object is no text";
+        map.hashDelete("SubjectKeyId:AB");
+        EXPECT_EQ(Counted::s_alive, 1) << "the map's value goes with its entry";
+        EXPECT_EQ(map.hashLookupSb(key), nullptr);
+        ASSERT_TRUE(map.hashInsertSb(key, new Counted(3)));
+    }
+    EXPECT_EQ(Counted::s_alive, 0);
+}
+
+TEST(StringHashMap, TextsAreCopiedAndMayBeEmpty) {
+    StringHashMap map(64);
+    std::string value = "value";
+    ASSERT_TRUE(map.hashInsertString("key", value.c_str()));
+    ASSERT_TRUE(map.hashInsertString("", "empty key"));
+    ASSERT_TRUE(map.hashInsertString("empty value", ""));
+    value = "other";
+    StringBuffer found;
+    EXPECT_TRUE(map.hashLookupString("key", found));
+    EXPECT_STREQ(found.getString(), "value");
+    found.clear();
+    EXPECT_TRUE(map.hashLookupString("empty value", found));
+    EXPECT_TRUE(map.hashLookupString("", found));
+    EXPECT_STREQ(found.getString(), "empty key");
+    EXPECT_FALSE(map.hashLookupString("absent", found));
+    EXPECT_STREQ(found.getString(), "empty key");
+}
+
+// Random inserts and deletes beside std::map, over few keys, so that runs of collisions form and
+// break.
+TEST(StringHashMap, AgreesWithAnOrderedMap) {
+    std::mt19937 random(1);
+    StringHashMap map(1);
+    std::map<std::string, std::string> model;
+    for (int step = 0; step < 40000; ++step) {
+        const std::string key(random() % 5 == 0 ? 1500 : 3, static_cast<char>('a' + random() % 26));
+        const std::string full = key + std::to_string(random() % 40);
+        if (random() % 2 == 0) {
+            const std::string value = std::to_string(step);
+            ASSERT_EQ(map.hashInsertString(full.c_str(), value.c_str()),
+                      model.emplace(full, value).second);
+        } else {
+            map.hashDelete(full.c_str());
+            model.erase(full);
+        }
+        ASSERT_EQ(map.hashContains(full.c_str()), model.count(full) == 1);
+    }
+    for (const auto& [key, value] : model) {
+        StringBuffer found;
+        ASSERT_TRUE(map.hashLookupString(key.c_str(), found));
+        ASSERT_EQ(found.view(), value);
+    }
+}
+
+}  // namespace

@@ -1,0 +1,112 @@
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "support/encoding/Base64.h"
+#include "support/encoding/Pem.h"
+#include "support/encoding/Utf8.h"
+
+namespace {
+
+using certstore::bytesOf;
+using certstore::textOf;
+
+TEST(Base64, DecodesWhatItMustAndRefusesTheRest) {
+    struct Case {
+        const char* sentence;
+        const char* text;
+        bool good;
+        const char* bytes;
+    };
+    const Case cases[] = {
+        {"nothing", "", true, ""},
+        {"RFC 4648 section 10", "Zm9vYmE=", true, "fooba"},
+        {"two bytes behind a whole group", "Zm9vYg==", true, "foob"},
+        {"line ends and blanks anywhere", " Zm9v\r\nYm\n Fy\t", true, "foobar"},
+        {"padding left out", "Zm9vYg", true, "foob"},
+        {"one digit is no byte", "Zm9vY", false, ""},
+        {"too much padding", "Zm9v=", false, ""},
+        {"digits behind padding", "Zg==Zg==", false, ""},
+        {"bits that no byte takes", "Zm9vYh==", false, ""},
+        {"a character of no alphabet", "Zm9v*mFy", false, ""},
+        {"a byte beyond ASCII", "Zm9v\xffmFy", false, ""},
+    };
+    for (const Case& c : cases) {
+        DataBuffer out;
+        out.append("kept", 4);
+        EXPECT_EQ(certstore::decodeBase64(c.text, out), c.good) << c.sentence;
+        EXPECT_EQ(textOf(out.view()), std::string("kept") + c.bytes) << c.sentence;
+    }
+}
+
+TEST(Base64, EncodesEveryLength) {
+    StringBuffer out;
+    for (const char* text : {"f", "fo", "foo", "foobar"})
+        certstore::appendBase64(out, bytesOf(text));
+    EXPECT_STREQ(out.getString(), "Zg==Zm8=Zm9vZm9vYmFy");
+}
+
+TEST(Pem, WalksBlocksAsFoundInTheField) {
+    struct Case {
+        const char* sentence;
+        std::string text;
+        std::vector<std::string> blocks;  // label, blank, body without line ends
+    };
+    const std::string a = "-----BEGIN A-----\nYQ==\n-----END A-----";
+    const Case cases[] = {
+        {"no newline at the end", a, {"A YQ=="}},
+        {"CRLF, and text between",
+         "x\r\n-----BEGIN A-----\r\nYQ\r\n==\r\n-----END A-----\r\ny\n" + a,
+         {"A YQ==", "A YQ=="}},
+        {"an end of another label ends nothing",
+         "-----BEGIN B-----\nYg==\n-----END A-----\n" + a,
+         {"A YQ=="}},
+        {"a block without an end is passed over", "-----BEGIN B-----\nYg==\n" + a, {"A YQ=="}},
+        {"no label", "-----BEGIN -----\nYQ==\n-----END -----\n" + a, {"A YQ=="}},
+        {"dashes missing", "-----BEGIN A\nYQ==\n-----END A-----\n", {}},
+        {"nothing at all", "", {}},
+    };
+    for (const Case& c : cases) {
+        certstore::PemWalker walker(c.text);
+        certstore::PemBlock block;
+        std::vector<std::string> found;
+        while (walker.next(block)) {
+            std::string body(block.body);
+            std::erase_if(body, [](char ch) { return ch == '\r' || ch == '\n'; });
+            found.push_back(std::string(block.label) + " " + body);
+        }
+        EXPECT_EQ(found, c.blocks) << c.sentence;
+    }
+}
+
+TEST(Utf8, AcceptsExactlyWhatRfc3629Allows) {
+    const std::pair<const char*, bool> cases[] = {
+        {"a", true},
+        {"\xc2\x80", true},
+        {"\xed\x9f\xbf", true},
+        {"\xf4\x8f\xbf\xbf", true},
+        {"\x80", false},
+        {"\xc1\xbf", false},
+        {"\xe0\x9f\xbf", false},
+        {"\xed\xa0\x80", false},
+        {"\xf0\x8f\xbf\xbf", false},
+        {"\xf4\x90\x80\x80", false},
+        {"\xe2\x82", false},
+        {"\xe2\x28\xa1", false},
+        {"\xff", false},
+    };
+    for (const auto& [text, good] : cases)
+        EXPECT_EQ(certstore::isUtf8(bytesOf(text)), good) << testing::PrintToString(text);
+}
+
+TEST(Utf8, WritesWhatItReads) {
+    for (const char32_t code :
+         {U'\x7f', U'\x80', U'\x7ff', U'\x800', U'\xffff', U'\x10000', U'\x10ffff'}) {
+        StringBuffer text;
+        certstore::appendUtf8Char(text, code);
+        EXPECT_EQ(certstore::utf8SequenceSize(bytesOf(text.view())), text.getSize());
+    }
+}
+
+}  // namespace

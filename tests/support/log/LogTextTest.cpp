@@ -1,0 +1,63 @@
+#include <gtest/gtest.h>
+
+#include "support/log/LogNull.h"
+#include "support/log/LogText.h"
+
+namespace {
+
+void writeEverything(LogBase& log) {
+    DataBuffer bytes;
+    XString text;
+    StringBuffer forged;
+    bytes.append("\x01\xab\xff", 3);
+    text.appendUtf8("Zo\xc3\xab");
+    forged.append("a\nERROR: forged\x7f");
+    LogContextExitor outer(log, "outer");
+    log.LogInfo("a note");
+    {
+        LogContextExitor inner(log, "inner");
+        log.LogError("went wrong");
+        log.LogData("nothing", nullptr);
+        log.LogDataSb("forged", forged);
+        log.LogBracketed("blanks", " x ");
+        log.LogBracketed("none", nullptr);
+    }
+    { LogContextExitor empty(log, "empty"); }
+    log.LogDataX("name", text);
+    log.LogDataLong("count", -3);
+    log.LogDataBool("yes", true);
+    log.LogDataBool("no", false);
+    log.LogDataHexDb("hex", bytes);
+    log.LogDataBase64("base64", bytes.getData2(), bytes.getSize());
+}
+
+TEST(LogText, NestsContextsAndShowsEveryKindOfEntry) {
+    LogText log;
+    writeEverything(log);
+    log.LogInfo("outside");
+    EXPECT_EQ(log.getText(),
+              "outer:\n"
+              "    a note\n"
+              "    inner:\n"
+              "        ERROR: went wrong\n"
+              "        nothing: (null)\n"
+              "        forged: a\\x0AERROR: forged\\x7F\n"
+              "        blanks: [ x ]\n"
+              "        none: (null)\n"
+              "    empty:\n"
+              "    name: Zo\xc3\xab\n"
+              "    count: -3\n"
+              "    yes: true\n"
+              "    no: false\n"
+              "    hex: 01ABFF\n"
+              "    base64: Aav/\n"
+              "outside\n");
+}
+
+TEST(LogNull, AcceptsEverything) {
+    LogNull log;
+    writeEverything(log);
+    EXPECT_FALSE(log.m_verboseLogging);
+}
+
+}  // namespace
