@@ -1,7 +1,5 @@
 #include "certstore/SystemCerts.h"
 
-#include <exception>
-
 #include "support/base/Wipe.h"
 
 SystemCerts::SystemCerts() : m_magic(kMagic) {}
@@ -15,7 +13,7 @@ SystemCerts::~SystemCerts() {
 SystemCerts* SystemCerts::createNewRcObject() noexcept {
     try {
         return new SystemCerts;
-    } catch (const std::exception&) {
+    } catch (...) {
         return nullptr;
     }
 }

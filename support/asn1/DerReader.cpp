@@ -9,43 +9,17 @@ namespace {
 // Four length octets address 4 GiB; inputs are smaller.
 constexpr std::size_t kMaxLengthOctets = 4;
 
-// Splits tag and length off `bytes`. The length is definite, minimal and within the bytes.
-bool splitHeader(ByteView bytes, std::size_t& headerSize, std::size_t& size) noexcept {
-    if (bytes.size() < 2 || (bytes[0] & 0x1f) == 0x1f || bytes[0] == 0)
-        return false;
-    headerSize = 2;
-    size = bytes[1];
-    if (size >= 0x80) {
-        const std::size_t octets = size & 0x7f;
-        if (octets == 0 || octets > kMaxLengthOctets || bytes.size() < 2 + octets)
-            return false;
-        size = 0;
-        for (std::size_t i = 0; i < octets; ++i)
-            size = size << 8 | bytes[2 + i];
-        if (size < 0x80 || bytes[2] == 0)
-            return false;
-        headerSize += octets;
-    }
-    return size <= bytes.size() - headerSize;
-}
-
 }  // namespace
 
-bool DerReader::readAny(unsigned char& tag, ByteView& content, ByteView& whole) noexcept {
-    std::size_t headerSize = 0, size = 0;
-    if (!splitHeader(m_rest, headerSize, size))
+bool DerReader::readLongLength(std::size_t& headerSize, std::size_t& size) const noexcept {
+    const std::size_t octets = m_rest[1] & 0x7f;
+    if (octets == 0 || octets > kMaxLengthOctets || m_rest.size() < 2 + octets)
         return false;
-    tag = m_rest[0];
-    whole = m_rest.first(headerSize + size);
-    content = m_rest.subspan(headerSize, size);
-    m_rest = m_rest.subspan(headerSize + size);
-    return true;
-}
-
-bool DerReader::read(unsigned char tag, ByteView& content) noexcept {
-    unsigned char found;
-    ByteView whole;
-    return peekTag() == tag && readAny(found, content, whole);
+    size = 0;
+    for (std::size_t i = 0; i < octets; ++i)
+        size = size << 8 | m_rest[2 + i];
+    headerSize = 2 + octets;
+    return size >= 0x80 && m_rest[2] != 0;
 }
 
 bool DerReader::readSequence(DerReader& inner) noexcept {

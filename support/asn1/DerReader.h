@@ -80,7 +80,43 @@ public:
     [[nodiscard]] bool readNull() noexcept;
 
 private:
+    // Splits tag and length off the rest, in which the content must end.
+    bool splitHeader(std::size_t& headerSize, std::size_t& size) const noexcept;
+    // The long form of a length, which must be minimal.
+    bool readLongLength(std::size_t& headerSize, std::size_t& size) const noexcept;
+
     ByteView m_rest;
 };
+
+// Inline, as every value of every certificate comes through here, and most are short.
+inline bool DerReader::splitHeader(std::size_t& headerSize, std::size_t& size) const noexcept {
+    if (m_rest.size() < 2 || (m_rest[0] & 0x1f) == 0x1f || m_rest[0] == 0)
+        return false;
+    headerSize = 2;
+    size = m_rest[1];
+    if (size >= 0x80 && !readLongLength(headerSize, size))
+        return false;
+    return size <= m_rest.size() - headerSize;
+}
+
+inline bool DerReader::readAny(unsigned char& tag, ByteView& content, ByteView& whole) noexcept {
+    std::size_t headerSize = 0, size = 0;
+    if (!splitHeader(headerSize, size))
+        return false;
+    tag = m_rest[0];
+    whole = m_rest.first(headerSize + size);
+    content = m_rest.subspan(headerSize, size);
+    m_rest = m_rest.subspan(headerSize + size);
+    return true;
+}
+
+inline bool DerReader::read(unsigned char tag, ByteView& content) noexcept {
+    std::size_t headerSize = 0, size = 0;
+    if (peekTag() != tag || !splitHeader(headerSize, size))
+        return false;
+    content = m_rest.subspan(headerSize, size);
+    m_rest = m_rest.subspan(headerSize + size);
+    return true;
+}
 
 }  // namespace certstore

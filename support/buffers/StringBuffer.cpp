@@ -78,7 +78,13 @@ void StringBuffer::splice(unsigned int position, unsigned int removed, std::stri
 }
 
 void StringBuffer::append(std::string_view text) {
-    splice(m_size, 0, text);
+    if (text.size() >= m_capacity - m_size) {
+        splice(m_size, 0, text);
+        return;
+    }
+    std::copy_n(text.data(), text.size(), m_data + m_size);
+    m_size += static_cast<unsigned int>(text.size());
+    m_data[m_size] = '\0';
 }
 
 void StringBuffer::append(const char* text) {

@@ -1,5 +1,7 @@
 #include "support/x509/DirectoryString.h"
 
+#include <array>
+
 #include "support/asn1/DerReader.h"
 #include "support/encoding/Hex.h"
 #include "support/encoding/Utf8.h"
@@ -93,14 +95,30 @@ void appendEscapedByte(StringBuffer& out, unsigned char byte) {
     out.append(std::string_view(escape, sizeof escape));
 }
 
-// How many bytes from the start of `bytes` need no escape anywhere in a value, blanks included.
-std::size_t plainRun(ByteView bytes, std::string_view special) noexcept {
+enum class Escape : unsigned char { None, Backslash, Hex, Unless };
+
+// How each byte of a value is written; `Unless` it starts a UTF-8 sequence, as \HH.
+constexpr std::array<Escape, 256> makeEscapes() {
+    std::array<Escape, 256> escapes{};
+    for (std::size_t byte = 0; byte < 256; ++byte)
+        escapes[byte] = byte < 0x20 || byte == 0x7f ? Escape::Hex
+            : byte < 0x80                           ? Escape::None
+                                                    : Escape::Unless;
+    for (const unsigned char special : {'"', '+', ',', ';', '<', '>', '\\'})
+        escapes[special] = Escape::Backslash;
+    return escapes;
+}
+
+constexpr std::array<Escape, 256> kEscapes = makeEscapes();
+
+// How many bytes from the start of `bytes` need no escape, blanks included.
+std::size_t plainRun(ByteView bytes) noexcept {
     std::size_t size = 0;
     while (size < bytes.size()) {
-        const unsigned char byte = bytes[size];
-        if (byte < 0x20 || byte == 0x7f || special.find(static_cast<char>(byte)) != special.npos)
-            break;
-        const std::size_t sequence = byte < 0x80 ? 1 : utf8SequenceSize(bytes.subspan(size));
+        const Escape escape = kEscapes[bytes[size]];
+        const std::size_t sequence = escape == Escape::None ? 1
+            : escape == Escape::Unless                      ? utf8SequenceSize(bytes.subspan(size))
+                                                            : 0;
         if (sequence == 0)
             break;
         size += sequence;
@@ -109,16 +127,14 @@ std::size_t plainRun(ByteView bytes, std::string_view special) noexcept {
 }
 
 void appendEscaped(StringBuffer& out, ByteView utf8) {
-    constexpr std::string_view kSpecial = "\"+,;<>\\";
-    std::size_t at = 0;
-    while (at < utf8.size()) {
-        const std::size_t run = plainRun(utf8.subspan(at), kSpecial);
-        out.append(textOf(utf8.subspan(at, run)));
-        at += run;
-        if (at == utf8.size())
-            break;
-        const unsigned char byte = utf8[at++];
-        if (kSpecial.find(static_cast<char>(byte)) == kSpecial.npos) {
+    while (!utf8.empty()) {
+        const std::size_t run = plainRun(utf8);
+        out.append(textOf(utf8.first(run)));
+        if (run == utf8.size())
+            return;
+        const unsigned char byte = utf8[run];
+        utf8 = utf8.subspan(run + 1);
+        if (kEscapes[byte] != Escape::Backslash) {
             appendEscapedByte(out, byte);
             continue;
         }

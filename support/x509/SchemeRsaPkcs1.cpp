@@ -1,6 +1,6 @@
 #include "support/asn1/DerReader.h"
 #include "support/asn1/Oid.h"
-#include "support/crypto/Rsa.h"
+#include "support/crypto/RsaPkcs1.h"
 #include "support/x509/SignatureSchemes.h"
 
 namespace certstore {
