@@ -41,7 +41,7 @@ const char* verifyEcdsaScheme(const SignatureInput& input) {
     constexpr OidBytes kEcPublicKey("1.2.840.10045.2.1");
     if (kEcPublicKey != input.key.algorithm)
         return "An ECDSA signature needs an EC key, and the issuer's is of another kind.";
-    if (!input.parameters.empty())
+    if (!areNoParameters(input.parameters))
         return kBadSignatureParameters;
     const NamedCurve* curve = findNamedCurve(input.key.parameters);
     if (!curve)

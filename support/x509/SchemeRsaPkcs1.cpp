@@ -1,4 +1,3 @@
-#include "support/asn1/DerReader.h"
 #include "support/asn1/Oid.h"
 #include "support/crypto/RsaPkcs1.h"
 #include "support/x509/SignatureSchemes.h"
@@ -9,8 +8,7 @@ const char* verifyRsaPkcs1Scheme(const SignatureInput& input) {
     constexpr OidBytes kRsaEncryption("1.2.840.113549.1.1.1");
     if (kRsaEncryption != input.key.algorithm)
         return "An RSA signature needs an RSA key, and the issuer's is of another kind.";
-    DerReader parameters(input.parameters);
-    if (!parameters.atEnd() && !(parameters.readNull() && parameters.atEnd()))
+    if (!areNoParameters(input.parameters))
         return kBadSignatureParameters;
     RsaPublicKey key;
     if (!readRsaPublicKey(input.key.bits, key))

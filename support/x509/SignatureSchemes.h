@@ -17,10 +17,14 @@ struct SignatureInput {
 // Null when the signature verifies, else the reason why it does not, as a text that never ends.
 using SignatureScheme = const char* (*)(const SignatureInput&);
 
-// RSASSA-PKCS1-v1_5 (RFC 8017 section 8.2), its parameters NULL or absent (RFC 4055 section 5).
+// Whether parameters, of an algorithm that has none, are absent or NULL. Standards differ on which
+// it must be (RFC 4055 section 5, RFC 5758 section 3.2), and so do CAs.
+bool areNoParameters(ByteView parameters) noexcept;
+
+// RSASSA-PKCS1-v1_5 (RFC 8017 section 8.2).
 const char* verifyRsaPkcs1Scheme(const SignatureInput& input);
 
-// ECDSA (FIPS 186-5, RFC 5480) on named curves, its parameters absent (RFC 5758 section 3.2).
+// ECDSA (FIPS 186-5, RFC 5480) on named curves.
 const char* verifyEcdsaScheme(const SignatureInput& input);
 
 constexpr const char* kSignatureDoesNotMatch = "The signature does not match.";
