@@ -41,8 +41,6 @@ const char* verifyEcdsaScheme(const SignatureInput& input) {
     constexpr OidBytes kEcPublicKey("1.2.840.10045.2.1");
     if (kEcPublicKey != input.key.algorithm)
         return "An ECDSA signature needs an EC key, and the issuer's is of another kind.";
-    if (!areNoParameters(input.parameters))
-        return kBadSignatureParameters;
     const NamedCurve* curve = findNamedCurve(input.key.parameters);
     if (!curve)
         return "The issuer's EC key is not on a supported named curve.";

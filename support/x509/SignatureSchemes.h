@@ -17,18 +17,13 @@ struct SignatureInput {
 // Null when the signature verifies, else the reason why it does not, as a text that never ends.
 using SignatureScheme = const char* (*)(const SignatureInput&);
 
-// Whether parameters, of an algorithm that has none, are absent or NULL. Standards differ on which
-// it must be (RFC 4055 section 5, RFC 5758 section 3.2), and so do CAs.
-bool areNoParameters(ByteView parameters) noexcept;
-
-// RSASSA-PKCS1-v1_5 (RFC 8017 section 8.2).
+// RSASSA-PKCS1-v1_5 (RFC 8017 section 8.2), its parameters NULL or absent (RFC 4055 section 5).
 const char* verifyRsaPkcs1Scheme(const SignatureInput& input);
 
-// ECDSA (FIPS 186-5, RFC 5480) on named curves.
+// ECDSA (FIPS 186-5, RFC 5480) on named curves. Its parameters, which should be absent (RFC 5758
+// section 3.2), are not looked at: CAs have written NULL and more there, and nothing depends on it.
 const char* verifyEcdsaScheme(const SignatureInput& input);
 
 constexpr const char* kSignatureDoesNotMatch = "The signature does not match.";
-constexpr const char* kBadSignatureParameters =
-    "The signature algorithm's parameters are malformed.";
 
 }  // namespace certstore

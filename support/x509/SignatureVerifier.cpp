@@ -66,11 +66,6 @@ const char* verify(const X509& cert, ByteView issuerSpki, const SignatureAlgorit
 
 }  // namespace
 
-bool areNoParameters(ByteView parameters) noexcept {
-    DerReader der(parameters);
-    return der.atEnd() || (der.readNull() && der.atEnd());
-}
-
 bool verifySignature(const X509& cert, ByteView issuerSpki, LogBase& log) {
     ByteView oid, parameters;
     const SignatureAlgorithm* algorithm = findAlgorithm(cert.signatureAlgorithm(), oid, parameters);
