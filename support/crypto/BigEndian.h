@@ -1,0 +1,28 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace certstore {
+
+// Reads sizeof(Word) octets, 4 or 8, most significant first. Spelt out without a loop: compilers
+// then make it one load.
+template <class Word>
+constexpr Word loadBigEndian(const unsigned char* octets) noexcept {
+    static_assert(sizeof(Word) == 4 || sizeof(Word) == 8);
+    if constexpr (sizeof(Word) == 8)
+        return static_cast<Word>(loadBigEndian<std::uint32_t>(octets)) << 32
+            | loadBigEndian<std::uint32_t>(octets + 4);
+    else
+        return static_cast<Word>(octets[0]) << 24 | static_cast<Word>(octets[1]) << 16
+            | static_cast<Word>(octets[2]) << 8 | octets[3];
+}
+
+// Writes sizeof(Word) octets, most significant first.
+template <class Word>
+constexpr void storeBigEndian(Word word, unsigned char* octets) noexcept {
+    for (std::size_t i = sizeof(Word); i-- > 0; word = static_cast<Word>(word >> 8))
+        octets[i] = static_cast<unsigned char>(word);
+}
+
+}  // namespace certstore

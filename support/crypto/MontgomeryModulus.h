@@ -1,0 +1,44 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <span>
+
+#include "support/base/ByteView.h"
+#include "support/crypto/Limb.h"
+
+namespace certstore {
+
+// Arithmetic modulo an odd number whose size is known at run time only, as RSA needs it. Numbers
+// are spans of limbCount() limbs, below the modulus. The time taken depends on the values: for
+// public ones only.
+class MontgomeryModulus {
+public:
+    // 16,384 bits are the largest RSA keys in use anywhere, by a factor of two. A signature check
+    // grows with the square of the size; this bound keeps a hostile key at some 10 milliseconds.
+    static constexpr std::size_t kMaxLimbs = 16384 / kLimbBits;
+
+    // Takes an unsigned big-endian number. Returns false, and is of no use, when it is even, 1 or
+    // longer than kMaxLimbs limbs.
+    bool assign(ByteView modulus) noexcept;
+
+    std::size_t limbCount() const noexcept { return m_limbCount; }
+    std::span<const Limb> limbs() const noexcept { return {m_limbs.data(), m_limbCount}; }
+
+    // result = base ^ exponent mod the modulus, for an odd exponent. `result` is none of the
+    // others.
+    void raise(std::span<Limb> result, std::span<const Limb> base, Limb exponent) const noexcept;
+
+private:
+    void enterMontgomeryForm(std::span<Limb> number) const noexcept;
+    void multiply(Limb* result, const Limb* a, const Limb* b) const noexcept;
+    void square(Limb* result, const Limb* a) const noexcept;
+    template <class AddColumn>
+    void reduceColumns(Limb* result, AddColumn addColumn) const noexcept;
+
+    std::array<Limb, kMaxLimbs> m_limbs;
+    std::size_t m_limbCount = 0;
+    Limb m_negatedInverse = 0;
+};
+
+}  // namespace certstore

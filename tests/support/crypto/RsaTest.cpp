@@ -1,0 +1,202 @@
+#include <gtest/gtest.h>
+
+#include "support/crypto/RsaPkcs1.h"
+#include "tests/support/crypto/Bytes.h"
+
+namespace certstore {
+namespace {
+
+// A key of 1024 bits with exponent 65537 and its signature over "abc" with SHA-256:
+//   openssl genrsa 1024; openssl dgst -sha256 -sign key.pem
+constexpr char kModulus[] =
+    "C24DADB8D1639C8C8931FAD57BAB5C9BA63B8951B354E64C7B5DA98EC7B219035F47D09AB0F17767491BE800E26E09"
+    "58"
+    "4835FFA447A1760C16C5325C7A23A6963CF9A8BF12E6EB62018B6FEB6954D0503C8F45FB3F19CDE93388A6446B58A1"
+    "A5"
+    "D9165747C1EBB49AB833C4576909F4CEE0A2C69BDADCF71E1CCBC2ED8147B2C9";
+constexpr char kSignature[] =
+    "1f30a319c8d18db713bd8ba08ac67c0844a681740bd98b4f2e2d7fc1b5748cc3a56f2fa0c01db55754290ba2c11824"
+    "0e"
+    "326610966e8ea22425120589c93b990965973a0d7c6a04af1270d84c266d4e802e384089e8a75ab048f47bf2f51df7"
+    "b6"
+    "90b2e6896adcf506691f2bed59443a2af8bb31217ca5cb380fa32eeab36028fe";
+constexpr char kDigest[] = "ba7816bf8f01cfea414140de5dae2223b00361a396177a9cb410ff61f20015ad";
+// The same without NULL: the DigestInfo 302f300b0609608648016503040201 0420 <digest>, written by
+// hand and signed with openssl pkeyutl -sign -pkeyopt rsa_padding_mode:pkcs1
+constexpr char kSignatureWithoutNull[] =
+    "79c589a0db5df97391a011cff1d799ec7a322132acb6f8af58af6fbd7337a2f03b7ff0931de3567651073a25e94226"
+    "65"
+    "d0535d905d9f22aefd8d59be3f6fd4255537e873bb0c2d4ee926ca126871282b18bdcaa61bc290cdb8bd564b9a0d83"
+    "eb"
+    "b7f137662d19085494ab8be0cdfd115d1350d893096b125ba5d2a1394aec4ae0";
+
+struct Inputs {
+    Bytes modulus = fromHex(kModulus);
+    Bytes exponent = fromHex("010001");
+    DigestAlgorithm algorithm = DigestAlgorithm::Sha256;
+    Bytes digest = fromHex(kDigest);
+    Bytes signature = fromHex(kSignature);
+
+    bool verify() const {
+        return verifyRsaPkcs1({modulus, exponent}, algorithm, digest, signature);
+    }
+};
+
+// a + b for numbers whose sum is as long as `a`.
+Bytes sum(Bytes a, const Bytes& b) {
+    int carry = 0;
+    for (std::size_t i = a.size(); i-- > 0; carry >>= 8) {
+        carry += a[i] + b[i];
+        a[i] = static_cast<unsigned char>(carry);
+    }
+    return a;
+}
+
+TEST(RsaPkcs1Test, AcceptsOnlyTheSignatureItself) {
+    struct Case {
+        const char* what;
+        bool expected;
+        void (*change)(Inputs&);
+    };
+    const Case cases[] = {
+        {"as openssl made it", true, [](Inputs&) {}},
+        {"zeros before the numbers of the key", true,
+         [](Inputs& i) {
+             i.modulus.insert(i.modulus.begin(), 0);
+             i.exponent.insert(i.exponent.begin(), 9, 0);
+         }},
+        {"digest parameters absent", true,
+         [](Inputs& i) { i.signature = fromHex(kSignatureWithoutNull); }},
+        {"another digest", false, [](Inputs& i) { i.digest[31] ^= 1; }},
+        {"a shorter digest", false, [](Inputs& i) { i.digest.pop_back(); }},
+        {"a digest longer than any", false, [](Inputs& i) { i.digest.resize(4096); }},
+        {"no digest", false, [](Inputs& i) { i.digest.clear(); }},
+        {"the digest said to be SHA-224", false,
+         [](Inputs& i) {
+             i.algorithm = DigestAlgorithm::Sha224;
+             i.digest.resize(28);
+         }},
+        {"another bit in the signature", false, [](Inputs& i) { i.signature[64] ^= 0x10; }},
+        {"the same value modulo the modulus", false,
+         [](Inputs& i) { i.signature = sum(i.signature, i.modulus); }},
+        {"a zero before the signature", false,
+         [](Inputs& i) { i.signature.insert(i.signature.begin(), 0); }},
+        {"the signature one byte short", false, [](Inputs& i) { i.signature.pop_back(); }},
+        {"the signature longer than any key", false,
+         [](Inputs& i) { i.signature.resize(kMaxRsaModulusSize + 1); }},
+        {"no signature", false, [](Inputs& i) { i.signature.clear(); }},
+        {"no modulus", false, [](Inputs& i) { i.modulus.clear(); }},
+        {"no exponent", false, [](Inputs& i) { i.exponent.clear(); }},
+        {"nothing", false,
+         [](Inputs& i) {
+             i = {{}, {}, DigestAlgorithm::Sha256, {}, {}};
+         }},
+        {"exponent 65539", false, [](Inputs& i) { i.exponent = fromHex("010003"); }},
+    };
+    for (const Case& row : cases) {
+        Inputs inputs;
+        row.change(inputs);
+        EXPECT_EQ(inputs.verify(), row.expected) << row.what;
+    }
+}
+
+// Signatures that anybody can make: for s with s^3 - encoding odd and as long as wanted, that
+// number is a modulus under which s ^ 3 is the encoding (computed with Python).
+TEST(RsaPkcs1Test, TakesNoOtherEncoding) {
+    struct Case {
+        const char* what;
+        bool expected;
+        const char *modulus, *signature;
+    };
+    const Case cases[] = {
+        {"eight octets of padding", true,
+         "bffe0000000000000000ffcfcecff2f9f69f79b7ff3c9584be47ac7583dedc0856992acd995f2d8a94493f73"
+         "4f96ad3f413b36f11cbff92f2e04ae369a93",
+         "24a17fc36105e9f371a99d0b94ff9ed0c498fa3904"},
+        {"seven octets of padding", false,
+         "bffe00000000000000ffcfcecff2f9f69f79b7feab7942f396db39d8ae8905c91d5b0568aa4ec7859444a567"
+         "425dd36c706b894ec6b1a0d0c62ebe8f13",
+         "05c4dd12448fbd973779fc5b15b8c99f02862530ac"},
+        {"block type 2", false,
+         "bffd0000000000000000ffcfcecff2f9f69f79b7ff3c9584be47ac7583dedc0856992acd995f2d8a94493f73"
+         "4f96ad3f413b36f11cbff92f2e04ae369a93",
+         "24a17fc36105e9f371a99d0b94ff9ed0c498fa3904"},
+        {"eight octets behind the digest", false,
+         "bffe0000000000000000ffcfcecff2f9f69f79b7fe9afd37587a016042ff2eb6a3bd0de5bfa9f731bbc09c31"
+         "61ef1e607fe1dcc2e0623afaf7927b17ac0d2c426509dd338ae7",
+         "05c4dd12448fbd973779fc5b15b8c99f02862530abd5bb37"},
+    };
+    for (const Case& row : cases) {
+        Inputs inputs;
+        inputs.modulus = fromHex(row.modulus);
+        inputs.exponent = {3};
+        inputs.signature = padded(fromHex(row.signature), inputs.modulus.size());
+        EXPECT_EQ(inputs.verify(), row.expected) << row.what;
+    }
+}
+
+// Powers computed with Python: pow(signature, exponent, modulus). Sizes around whole limbs, highest
+// bit of the modulus set and not, and leading limbs that make estimated quotients too large.
+TEST(RsaTest, RaisesToTheExponent) {
+    struct Case {
+        const char *modulus, *exponent, *signature, *message;
+    };
+    const Case cases[] = {
+        {"fd", "03", "e9", "60"},
+        {"f123456789abcdef", "010001", "d9668d544846f5b5", "8db0476934732ce4"},
+        {"100000000000000015", "ffffffffffffffff", "0e28def200f8931d25", "06d16a01a3dde95375"},
+        {"13c42b06d46d09ff7f", "03", "13c42b06d46d09ff7d", "13c42b06d46d09ff77"},
+        {"8000000000000000ffffffffffffffff", "11", "8000000000000000fffffffffffffffd",
+         "8000000000000000fffffffffffdffff"},
+        {"07fffffffffffffffffffffffffffffff1", "010001", "0759dccdaac03e15c90e802c8b395ac779",
+         "01ce4d7ca49191e5240257a992d79994d1"},
+    };
+    for (const Case& row : cases) {
+        const Bytes modulus = fromHex(row.modulus);
+        const Bytes exponent = fromHex(row.exponent);
+        Bytes message(modulus.size());
+        EXPECT_TRUE(recoverRsaMessage({modulus, exponent}, fromHex(row.signature), message));
+        EXPECT_EQ(message, fromHex(row.message)) << row.modulus;
+    }
+}
+
+// Apart from the rows with a refusal each is a computation that is carried out, whatever it gives.
+TEST(RsaTest, RefusesWhatIsOutOfBounds) {
+    const auto numberOf = [](std::size_t size, unsigned char first, unsigned char last) {
+        Bytes number(size, 0xff);
+        number.front() = first;
+        number.back() = last;
+        return number;
+    };
+    const Bytes three = {3};
+    const Bytes largest = numberOf(2048, 0xff, 0xff);
+    struct Case {
+        const char* what;
+        bool expected;
+        Bytes modulus, exponent, signature;
+    };
+    const Case cases[] = {
+        {"16,384 bits", true, largest, three, Bytes(2048, 2)},
+        {"16,385 bits", false, numberOf(2049, 0x01, 0xff), three, Bytes(2049, 0)},
+        {"exponent 2^64 - 1", true, largest, Bytes(8, 0xff), Bytes(2048, 2)},
+        {"exponent 2^64 + 1", false, largest, fromHex("010000000000000001"), Bytes(2048, 2)},
+        {"exponent 2", false, largest, {2}, Bytes(2048, 2)},
+        {"exponent 1", false, largest, {1}, Bytes(2048, 2)},
+        {"exponent 0", false, largest, {0}, Bytes(2048, 2)},
+        {"even modulus", false, numberOf(2048, 0xff, 0xfe), three, Bytes(2048, 2)},
+        {"modulus 1", false, {1}, three, {0}},
+        {"modulus 0", false, {0}, three, {}},
+        {"signature one below the modulus", true, largest, three, numberOf(2048, 0xff, 0xfe)},
+        {"signature equal to the modulus", false, largest, three, largest},
+        {"signature shorter than the modulus", false, largest, three, Bytes(2047, 2)},
+    };
+    for (const Case& row : cases) {
+        Bytes message(row.modulus.size());
+        EXPECT_EQ(recoverRsaMessage({row.modulus, row.exponent}, row.signature, message),
+                  row.expected)
+            << row.what;
+    }
+}
+
+}  // namespace
+}  // namespace certstore
