@@ -92,8 +92,9 @@ public:
     X509Certificate* crpFindCert(const char* serial, const char* issuerCN, const char* issuerDN,
                                  LogBase& log);
 
-    // The first-added certificate whose subject DN is the issuer DN recorded when `cert` was added:
-    // null for a certificate that was never added, whoever stores it, and for a self-issued one.
+    // The first-added certificate whose subject DN is the issuer DN that was recorded under the key
+    // of `cert` when it was added. Null when nothing was added under that key, even if the issuer
+    // is stored, and for a self-issued certificate.
     X509Certificate* crpFindIssuer0(X509Certificate& cert, LogBase& log);
 
     // Puts `cert` in the place of the certificate stored under `key`, or under `key` without a

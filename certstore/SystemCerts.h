@@ -32,7 +32,8 @@
 // throws on bad input; all may throw std::bad_alloc. A log must not call the store it logs for.
 class SystemCerts : public RefCountedObject {
 public:
-    // An empty store without references.
+    // An empty store without references. Only one on the heap may be given to a holder, which
+    // deletes it in the end.
     SystemCerts();
     ~SystemCerts() override;
 
@@ -173,7 +174,8 @@ public:
     // Borrowed: valid while some holder refers to it. Null only when a store could not be made.
     SystemCerts* getSystemCertsPtr() const noexcept;
 
-    // Shares this store from now on and lets the former one go. Null changes nothing.
+    // Shares this store, which lives on the heap, from now on and lets the former one go. Null
+    // changes nothing.
     void setSystemCerts(SystemCerts* sysCerts);
 
     // Leaves the store, which other holders keep, and starts over with a fresh, empty one.

@@ -22,9 +22,8 @@ Key drawKey() noexcept {
     } catch (const std::exception&) {
         // No random source: what an outsider is least likely to know.
         const auto now = std::chrono::steady_clock::now().time_since_epoch().count();
-        const int onStack = 0;
         return {static_cast<std::uint64_t>(now),
-                static_cast<std::uint64_t>(reinterpret_cast<std::uintptr_t>(&onStack))};
+                static_cast<std::uint64_t>(reinterpret_cast<std::uintptr_t>(&drawKey))};
     }
 }
 

@@ -23,8 +23,8 @@ public:
     // The same by subject key identifier, upper-case hexadecimal without separators.
     static bool getTrustedRootDer_ski(const char* subjectKeyId, DataBuffer& der, LogBase& log);
 
-    // Adds roots behind those that are there; one that is there already is not kept twice. Sets
-    // m_alreadyLoaded when the set then holds any.
+    // What ClsTrustedRoots does when it is activated: adds roots behind those that are there; one
+    // that is there already is not kept twice. Sets m_alreadyLoaded when the set then holds any.
     static void addRoots(const certstore::RootIndex& roots);
 
     // Empties the set and clears m_alreadyLoaded: the next miss reads the CA bundle again.

@@ -27,7 +27,8 @@ public:
     static bool isTrustedRoot_ski(const char* subjectKeyId, DataBuffer& der, bool& found,
                                   LogBase& log);
 
-    // Adds roots behind those that are there; one that is there already is not kept twice.
+    // What ClsTrustedRoots does when it is activated: adds roots behind those that are there; one
+    // that is there already is not kept twice.
     static void addRoots(const certstore::RootIndex& roots);
 
     // Empties the set. Roots that stores have taken from it stay in those stores.

@@ -104,8 +104,8 @@ constexpr std::array<Escape, 256> makeEscapes() {
         escapes[byte] = byte < 0x20 || byte == 0x7f ? Escape::Hex
             : byte < 0x80                           ? Escape::None
                                                     : Escape::Unless;
-    for (const unsigned char special : {'"', '+', ',', ';', '<', '>', '\\'})
-        escapes[special] = Escape::Backslash;
+    for (const char special : {'"', '+', ',', ';', '<', '>', '\\'})
+        escapes[static_cast<unsigned char>(special)] = Escape::Backslash;
     return escapes;
 }
 

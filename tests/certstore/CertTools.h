@@ -1,0 +1,125 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <sstream>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "support/encoding/Hex.h"
+#include "support/log/LogNull.h"
+#include "support/log/LogText.h"
+#include "support/roots/CaBundlePath.h"
+#include "support/roots/RootIndex.h"
+#include "support/roots/SysTrustedRoots.h"
+#include "support/roots/TrustedRoots.h"
+#include "support/settings/Settings.h"
+#include "tests/common/TestFiles.h"
+
+// What the tests of the repository and of the store share.
+namespace certtools {
+
+using Certs = std::vector<X509Certificate*>;
+
+// What the tests do not look at goes here.
+inline LogNull g_quiet;
+
+// Adds certificates to a repository or a store.
+template <typename Store>
+void add(Store& store, const Certs& certs) {
+    for (X509Certificate* cert : certs)
+        ASSERT_TRUE(store.addCertificate(cert, g_quiet));
+}
+
+// Compares all that an operation writes, verbose and not. Lines of `expected` that begin with "+"
+// are for a verbose log only; each name is replaced by its value. The operation runs twice, so one
+// that changes something makes what it works on.
+template <typename Operation>
+void expectLog(std::string expected, const std::vector<std::pair<std::string, std::string>>& values,
+               Operation operation) {
+    for (const auto& [name, value] : values)
+        for (std::size_t at; (at = expected.find(name)) != std::string::npos;)
+            expected.replace(at, name.size(), value);
+    for (const bool verbose : {true, false}) {
+        std::istringstream lines(expected);
+        std::string wanted;
+        for (std::string line; std::getline(lines, line);)
+            if (verbose || !line.starts_with('+'))
+                wanted += (line.starts_with('+') ? " " + line.substr(1) : line) + '\n';
+        LogText log;
+        log.m_verboseLogging = verbose;
+        operation(log);
+        EXPECT_EQ(log.getText(), wanted) << (verbose ? "verbose" : "not verbose");
+    }
+}
+
+// Starts every test without roots, and without reading those of the machine that it runs on.
+class StoreTest : public testing::Test {
+protected:
+    StoreTest() {
+        TrustedRoots::removeAll();
+        SysTrustedRoots::removeAll();
+        _zvSettings::m_trustSystemCaRoots = _zvSettings::m_autoSearchOsCertStores = true;
+        certstore::setCaBundlePath("");
+    }
+
+    // The certificates of a file of tests/data, kept to the end of the test.
+    Certs certs(const std::string& file) {
+        Certs all;
+        for (auto& holder : testfiles::loadCerts(file)) {
+            all.push_back(&testfiles::certOf(holder));
+            m_kept.push_back(std::move(holder));
+        }
+        return all;
+    }
+    X509Certificate& cert(const std::string& file) { return *certs(file).at(0); }
+
+    // A certificate that has `to` wherever `from`, as long, stands in the encoding of this one. Its
+    // signature no longer verifies.
+    X509Certificate& edited(X509Certificate& cert, std::string_view from, std::string_view to) {
+        std::string der(certstore::textOf(cert.getX509Ptr()->der()));
+        for (std::size_t at = 0; (at = der.find(from, at)) != std::string::npos; at += to.size())
+            der.replace(at, from.size(), to);
+        return keep(der);
+    }
+    X509Certificate& keep(const std::string& der) {
+        const auto* bytes = reinterpret_cast<const unsigned char*>(der.data());
+        m_kept.emplace_back(CertificateHolder::createFromDer(
+            bytes, static_cast<unsigned int>(der.size()), nullptr, g_quiet));
+        return testfiles::certOf(m_kept.back());
+    }
+    X509Certificate& withSerialOf(X509Certificate& other, X509Certificate& cert) {
+        return edited(cert, certstore::textOf(cert.getX509Ptr()->serial()),
+                      certstore::textOf(other.getX509Ptr()->serial()));
+    }
+
+    // Makes certificates roots that the application trusts.
+    static void trust(const Certs& roots) {
+        certstore::RootIndex index;
+        for (X509Certificate* root : roots)
+            index.add(*root);
+        TrustedRoots::addRoots(index);
+    }
+
+    static void attachKey(X509Certificate& cert, const std::string& file) {
+        DataBuffer der;
+        testfiles::loadPemDer(file, der);
+        ASSERT_TRUE(cert.m_certKey.loadPrivateKeyDer(der, g_quiet));
+    }
+
+    static std::string hex(certstore::ByteView bytes) {
+        StringBuffer text;
+        certstore::appendHex(text, bytes);
+        return text.getString();
+    }
+    static std::string serialOf(X509Certificate& cert) { return hex(cert.getX509Ptr()->serial()); }
+    static std::string keyIdOf(X509Certificate& c) { return hex(c.getX509Ptr()->subjectKeyId()); }
+    static std::string dnOf(X509Certificate& c) {
+        return std::string(c.getX509Ptr()->subjectText());
+    }
+
+    testfiles::Certs m_kept;
+};
+
+}  // namespace certtools

@@ -1,0 +1,214 @@
+#include <sys/inotify.h>
+#include <unistd.h>
+
+#include <thread>
+
+#include "certstore/SystemCerts.h"
+#include "support/roots/ClsTrustedRoots.h"
+#include "tests/certstore/CertTools.h"
+
+using namespace certtools;
+
+namespace {
+
+constexpr const char* kBundle1 = "CN=Bundle 1, O=Example Org, C=XX";
+constexpr const char* kRoot = "CN=Example Root, O=Example Org, C=XX";
+
+class TrustedRootsTest : public StoreTest {
+protected:
+    ~TrustedRootsTest() override { std::filesystem::remove(m_bundle); }
+
+    // The bundle is a copy: other tests, which may run at the same time, do not open it.
+    void useBundle(const char* file) {
+        std::filesystem::copy_file(testfiles::data(file), m_bundle,
+                                   std::filesystem::copy_options::overwrite_existing);
+        certstore::setCaBundlePath(m_bundle.c_str());
+    }
+    static X509Certificate* find(SystemCerts& store, const char* subject) {
+        XString dn;
+        dn.appendUtf8(subject);
+        return store.findBySubjectDN2(dn, dn, false, g_quiet);
+    }
+
+    const std::string m_bundle = testing::TempDir() + "bundle-" + std::to_string(getpid()) + ".pem";
+};
+
+// Counts how often a file has been opened since. Equal events in a row would come as one, so the
+// closing is watched too.
+class OpenCounter {
+public:
+    explicit OpenCounter(const std::string& path) : m_queue(inotify_init1(IN_NONBLOCK)) {
+        EXPECT_GE(inotify_add_watch(m_queue, path.c_str(), IN_OPEN | IN_CLOSE), 0);
+    }
+    ~OpenCounter() { close(m_queue); }
+
+    int count() {
+        inotify_event event;
+        while (read(m_queue, &event, sizeof event) == sizeof event)
+            m_count += (event.mask & IN_OPEN) != 0;
+        return m_count;
+    }
+
+private:
+    int m_queue, m_count = 0;
+};
+
+TEST_F(TrustedRootsTest, TheApplicationsComeFirstWithTheKeyTypeAsAWish) {
+    X509Certificate &ec = cert("root.pem"),
+                    &rsa = edited(cert("rsa-below-ec.pem"), "RSA below EC", "Example Root");
+    trust({&ec, &rsa});
+    useBundle("bundle-crlf.pem");
+    OpenCounter opens(m_bundle);
+    const auto withWish = [&](const char* keyType) {
+        SystemCerts store;
+        EXPECT_TRUE(store.addFromTrustedRootsBySubjectDN_noTags(keyType, kRoot, g_quiet));
+        EXPECT_TRUE(store.addFromTrustedRootsBySubjectDN_noTags(keyType, kRoot, g_quiet));
+        return keyIdOf(*find(store, kRoot));
+    };
+    EXPECT_EQ(withWish(nullptr), keyIdOf(ec));
+    EXPECT_EQ(withWish("EC"), keyIdOf(ec));
+    EXPECT_EQ(withWish("RSA"), keyIdOf(rsa)) << "though it is not the first";
+    EXPECT_EQ(withWish("DSA"), keyIdOf(ec)) << "none fulfils it: the first";
+    SystemCerts store;
+    EXPECT_FALSE(store.addFromTrustedRootsBySki(nullptr, g_quiet));
+    EXPECT_TRUE(store.addFromTrustedRootsBySki(keyIdOf(rsa).c_str(), g_quiet));
+    EXPECT_NE(store.findBySubjectKeyId(keyIdOf(rsa).c_str(), g_quiet), nullptr);
+    EXPECT_EQ(opens.count(), 0);
+}
+
+TEST_F(TrustedRootsTest, TheBundleIsOpenedOnceAndOnlyWhenAllowed) {
+    const struct {
+        const char* sentence;
+        bool trust, search, loaded;
+        int opens;
+    } kRows[] = {
+        {"allowed", true, true, false, 1},
+        {"the system's roots are not trusted", false, true, false, 0},
+        {"no search by itself", true, false, false, 0},
+        {"roots are loaded already", true, true, true, 0},
+    };
+    for (const auto& row : kRows) {
+        SCOPED_TRACE(row.sentence);
+        SysTrustedRoots::removeAll();
+        _zvSettings::m_trustSystemCaRoots = row.trust;
+        _zvSettings::m_autoSearchOsCertStores = row.search;
+        SysTrustedRoots::m_alreadyLoaded = row.loaded;
+        useBundle("bundle-mixed.pem");
+        OpenCounter opens(m_bundle);
+        for (const char* subject : {kBundle1, "CN=Bundle 4, O=Example Org, C=XX"}) {
+            SystemCerts store;
+            EXPECT_EQ(find(store, subject) != nullptr, row.opens == 1);
+            EXPECT_EQ(find(store, "CN=Nobody"), nullptr);
+        }
+        EXPECT_EQ(opens.count(), row.opens);
+    }
+}
+
+TEST_F(TrustedRootsTest, BundlesGiveWhatCanBeReadHoweverTheyAreLoaded) {
+    _zvSettings::m_trustSystemCaRoots = false;
+    const std::pair<const char*, const char*> kRows[] = {
+        {"bundle-mixed.pem", "loadCaCertsPem:\n    numCerts: 4\n    numCertsSkipped: 2\n"},
+        {"bundle-crlf.pem", "loadCaCertsPem:\n    numCerts: 2\n"},
+    };
+    for (const auto& [file, text] : kRows) {
+        ClsTrustedRoots* set = ClsTrustedRoots::createNewCls();
+        XString path;
+        path.appendUtf8(testfiles::data(file).c_str());
+        LogText log;
+        EXPECT_TRUE(set->loadCaCertsPem(path, nullptr, log));
+        EXPECT_EQ(log.getText(), text);
+        set->sysActivate(g_quiet);
+        set->deleteSelf();
+    }
+    SystemCerts store;
+    EXPECT_NE(find(store, kBundle1), nullptr);
+    EXPECT_NE(find(store, kRoot), nullptr);
+}
+
+TEST_F(TrustedRootsTest, AMissingBundleIsTriedAgainSilently) {
+    certstore::setCaBundlePath(m_bundle.c_str());
+    SystemCerts store;
+    expectLog("addFromTrustedRootsBySki:\n+   subjectKeyIdentifier: AB\n", {},
+              [&](LogBase& log) { EXPECT_FALSE(store.addFromTrustedRootsBySki("AB", log)); });
+    useBundle("bundle-crlf.pem");
+    EXPECT_TRUE(store.addFromTrustedRootsBySki(keyIdOf(cert("root.pem")).c_str(), g_quiet));
+}
+
+TEST_F(TrustedRootsTest, AFoundRootStaysInTheStore) {
+    X509Certificate &leaf = cert("no-ki.pem"), &root = cert("root.pem");
+    trust({&root});
+    expectLog(
+        "sysCertsFindIssuer:\n"
+        "    certReposFindIssuer:\n        constructSerialIssuerHashKey:\n"
+        "+       issuerDN: $dn\n+       ERROR: Did not find issuer certificate.\n"
+        "+   issuerDN: $dn\n"
+        "    addFromTrustedRootsBySubjectDN:\n+       keyType: EC\n+       subjectDN: $dn\n"
+        "        addCertificate_2:\n            addCertificate_3:\n"
+        "                constructSerialIssuerHashKey:\n"
+        "+                   using subjectCN for self-issued certificate.\n"
+        "+               certHashEntryB: $serial:Example Root\n"
+        "+               skiHashKey: SubjectKeyId:$ski\n"
+        "    certReposFindIssuer:\n        constructSerialIssuerHashKey:\n"
+        "+       issuerDN: $dn\n"
+        "+   Found trusted root issuer after adding root to in-memory cert repository.\n"
+        "sysCertsFindIssuer:\n"
+        "    certReposFindIssuer:\n        constructSerialIssuerHashKey:\n"
+        "+       issuerDN: $dn\n"
+        "+   Found issuer within in-memory cert repository.\n",
+        {{"$dn", kRoot}, {"$serial", serialOf(root)}, {"$ski", keyIdOf(root)}}, [&](LogBase& log) {
+            SystemCerts store;
+            add(store, {&leaf});
+            EXPECT_NE(store.sysCertsFindIssuer(leaf, false, log), nullptr);
+            EXPECT_NE(store.sysCertsFindIssuer(leaf, false, log), nullptr);
+        });
+}
+
+TEST_F(TrustedRootsTest, ARootMayDisplaceTheCertificateWhoseIssuerIsSought) {
+    X509Certificate &leaf = cert("no-ki.pem"), &root = withSerialOf(leaf, cert("root.pem"));
+    trust({&root});
+    const std::string dn = dnOf(leaf);
+    SystemCerts store, other;
+    add(store, {&leaf});
+    add(other, {&cert("no-ki.pem")});
+    m_kept.clear();
+    // Both have the same key, and a store's entry is all that keeps its leaf alive.
+    EXPECT_EQ(other.sysCertsFindIssuer(*find(other, dn.c_str()), false, g_quiet), nullptr);
+    ExtPtrArray chain;
+    bool reachedRoot = true;
+    EXPECT_TRUE(
+        store.buildCertChain(*find(store, dn.c_str()), true, true, chain, reachedRoot, g_quiet));
+    EXPECT_FALSE(reachedRoot);
+    ASSERT_EQ(chain.getSize(), 1);
+    EXPECT_EQ(dnOf(*static_cast<CertificateHolder*>(chain.elementAt(0))->getCertPtr(g_quiet)), dn);
+}
+
+TEST_F(TrustedRootsTest, TwoThreadsMayLoadTheBundleAtOnce) {
+    useBundle("bundle-mixed.pem");
+    const auto search = [&] {
+        SystemCerts store;
+        EXPECT_NE(find(store, kBundle1), nullptr);
+    };
+    std::thread other(search);
+    search();
+    other.join();
+}
+
+TEST_F(TrustedRootsTest, RealCertificatesReachARootOfThisSystem) {
+    certstore::setCaBundlePath(nullptr);
+    if (testfiles::vectors().empty() || !std::filesystem::exists(certstore::caBundlePath()))
+        GTEST_SKIP() << "no foreign certificates, or no system bundle";
+    for (const char* file : {"23ecb03eec17338c.der", "e6fe22bf45e4f0d3.der"}) {
+        SCOPED_TRACE(file);
+        X509Certificate& start = keep(testfiles::readFile(testfiles::vectors() / "certs" / file));
+        DataBuffer der;
+        start.getDEREncodedCert(der);
+        SystemCerts store;
+        ASSERT_TRUE(store.addCertDer(der, g_quiet));
+        ExtPtrArray chain;
+        bool reachedRoot = false;
+        EXPECT_TRUE(store.buildCertChain(start, true, false, chain, reachedRoot, g_quiet));
+        EXPECT_TRUE(reachedRoot);
+    }
+}
+
+}  // namespace
