@@ -94,7 +94,7 @@ TEST(X509Certificate, EveryChangedByteIsNoticed) {
     std::vector<unsigned char> bytes(der.getData2(), der.getData2() + der.getSize());
     for (unsigned char& byte : bytes) {
         const unsigned char good = byte;
-        for (const unsigned int change : {0x01, 0x80}) {
+        for (const unsigned int change : {0x01U, 0x80U}) {
             byte = static_cast<unsigned char>(good ^ change);
             const ZorvenOwner<CertificateHolder> holder(CertificateHolder::createFromDer(
                 bytes.data(), static_cast<unsigned int>(bytes.size()), nullptr, log));
