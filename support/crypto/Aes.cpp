@@ -6,6 +6,7 @@
 #include "support/crypto/AesInstructions.h"
 #include "support/crypto/InstructionSets.h"
 #include "support/crypto/LittleEndian.h"
+#include "support/crypto/Unroll.h"
 
 namespace certstore {
 namespace {
@@ -24,7 +25,7 @@ constexpr Octet multiply(unsigned a, unsigned b) {
 struct Tables {
     std::array<Octet, 256> substitute{};
     std::array<Octet, 256> substituteBack{};
-    std::array<Word, 256> mixBack{};             // the column that InvMixColumns makes of an octet
+    std::array<Word, 256> mixBack{};            // the column that InvMixColumns makes of an octet
     std::array<Word, 256> substituteMixBack{};  // the same, after InvSubBytes
 };
 
@@ -98,12 +99,13 @@ constexpr Octet shiftedOctet(const State& state, std::size_t column, std::size_t
 
 State decryptRound(const State& state, const Word* roundKey) {
     State next;
-    for (std::size_t column = 0; column < 4; ++column) {
+    unroll<4>([&](auto column) __attribute__((always_inline)) {
         next[column] = roundKey[column];
-        for (std::size_t row = 0; row < 4; ++row)
+        unroll<4>([&](auto row) __attribute__((always_inline)) {
             next[column] ^= std::rotl(kTables.substituteMixBack[shiftedOctet(state, column, row)],
                                       static_cast<int>(8 * row));
-    }
+        });
+    });
     return next;
 }
 

@@ -140,8 +140,7 @@ constexpr std::uint64_t rotateHalf(std::uint64_t half, int by) {
 bool DesKey::setKey(ByteView key) noexcept {
     if (key.size() != kKeySize)
         return false;
-    std::uint64_t chosen =
-        pickBits(loadBigEndian<std::uint64_t>(key.data()), 64, kPermutedChoice1);
+    std::uint64_t chosen = pickBits(loadBigEndian<std::uint64_t>(key.data()), 64, kPermutedChoice1);
     std::uint64_t roundBits = 0;
     const WipeGuard guardChosen(&chosen, sizeof chosen), guardBits(&roundBits, sizeof roundBits);
     for (std::size_t round = 0; round < m_roundKeys.size(); ++round) {

@@ -13,7 +13,8 @@ namespace {
 
 using Tag = std::array<unsigned char, kMaxDigestSize>;
 
-// The function F of RFC 8018: the sum of `iterations` tags, each of which is that of the one before.
+// The function F of RFC 8018: the sum of `iterations` tags, each of which is that of the one
+// before.
 void deriveBlock(Hmac& hmac, ByteView salt, std::uint32_t blockNumber, std::uint64_t iterations,
                  Tag& sum) noexcept {
     unsigned char number[4];

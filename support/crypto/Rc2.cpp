@@ -51,8 +51,8 @@ Word mixOf(const Block& block, std::size_t i) {
 void unmix(Block& block, const Word* words) {
     constexpr int kRotations[4] = {1, 2, 3, 5};
     for (std::size_t i = 4; i-- > 0;)
-        block[i] = static_cast<Word>(std::rotr(block[i], kRotations[i]) - words[i]
-                                     - mixOf(block, i));
+        block[i] =
+            static_cast<Word>(std::rotr(block[i], kRotations[i]) - words[i] - mixOf(block, i));
 }
 
 }  // namespace

@@ -19,7 +19,7 @@ struct ScryptParameters {
 // callers that read files of strangers will set themselves a tighter limit.
 constexpr std::uint64_t kMaxScryptMemory = std::uint64_t{512} << 20;
 
-// The most that cost * blockSize * parallelization may be. A step of one takes about a quarter of a
+// The most that cost * blockSize * parallelization may be. A step of one takes about a third of a
 // microsecond, so the bound is some seconds, where the parameters could name centuries.
 constexpr std::uint64_t kMaxScryptWork = std::uint64_t{1} << 24;
 

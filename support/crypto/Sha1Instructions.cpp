@@ -30,8 +30,8 @@ struct Working {
 template <int kGroup>
 [[gnu::target("sha,ssse3")]] inline void doFourRounds(Working& working, Words (&words)[4]) {
     Words& oldest = words[kGroup % 4];
-    const Words input = kGroup == 0 ? _mm_add_epi32(working.e, oldest)
-                                    : _mm_sha1nexte_epu32(working.e, oldest);
+    const Words input =
+        kGroup == 0 ? _mm_add_epi32(working.e, oldest) : _mm_sha1nexte_epu32(working.e, oldest);
     working.e = working.abcd;
     working.abcd = _mm_sha1rnds4_epu32(working.abcd, input, kGroup / 5);
     if constexpr (kGroup < 16) {

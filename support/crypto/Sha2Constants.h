@@ -39,7 +39,7 @@ constexpr std::array<std::uint32_t, kCount> takeWordHalves(const std::uint64_t* 
 }
 
 // Section 4.2.2: the upper halves of the first 64. In whole registers for the processor.
-alignas(16) inline constexpr auto kSha256Constants =
-    takeWordHalves<64>(kSha512Constants.data(), 32);
+alignas(16) inline constexpr auto kSha256Constants = takeWordHalves<64>(kSha512Constants.data(),
+                                                                        32);
 
 }  // namespace certstore

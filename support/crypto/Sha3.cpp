@@ -22,12 +22,8 @@ constexpr Lane kRoundConstants[24] = {
     0x8000000080008081, 0x8000000000008080, 0x0000000080000001, 0x8000000080008008};
 
 // FIPS 202 section 3.2.2, table 2, modulo the 64 bits of a lane.
-constexpr int kRotations[25] = {
-    0, 1, 62, 28, 27,
-    36, 44, 6, 55, 20,
-    3, 10, 43, 25, 39,
-    41, 45, 15, 21, 8,
-    18, 2, 61, 56, 14};
+constexpr int kRotations[25] = {0,  1,  62, 28, 27, 36, 44, 6,  55, 20, 3,  10, 43,
+                                25, 39, 41, 45, 15, 21, 8,  18, 2,  61, 56, 14};
 
 // FIPS 202 section 3.2.1: theta, in place.
 [[gnu::always_inline]] inline void mixColumns(Lanes& a) {

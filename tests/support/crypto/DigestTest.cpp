@@ -3,10 +3,12 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <iostream>
 
-#include "support/crypto/Sha1.h"
-#include "support/crypto/Sha2.h"
-#include "tests/support/crypto/Bytes.h"
+#include "support/crypto/InstructionSets.h"
+#include "support/crypto/RunningDigest.h"
+#include "support/crypto/ShaInstructions.h"
+#include "tests/support/crypto/Pattern.h"
 
 namespace certstore {
 namespace {
@@ -14,12 +16,12 @@ namespace {
 struct KnownDigest {
     const char* name;
     DigestAlgorithm algorithm;
-    const char* ofAbc;       // the one-block examples that NIST publishes with FIPS 180-4
+    const char* ofAbc;       // the examples of NIST for FIPS 180-4 and 202, and of RFC 1321
     const char* ofPrefixes;  // see below
 };
 
 // The last column covers every length around the ends of blocks: the digest of the digests, strung
-// together, of the first 0, 1 .. 300 bytes of makeMessage(). Computed with Python:
+// together, of the first 0, 1 .. 300 bytes of the pattern. Computed with Python:
 //   h = hashlib.new(a); [h.update(hashlib.new(a, m[:n]).digest()) for n in range(301)];
 //   h.hexdigest()
 constexpr KnownDigest kKnownDigests[] = {
@@ -40,22 +42,39 @@ constexpr KnownDigest kKnownDigests[] = {
      "2192992a274fc1a836ba3c23a3feebbd454d4423643ce80e2a9ac94fa54ca49f",
      "da20b3b598f77f25e2e2d1941e345bfe16543f32378fbc8447fbb64f038964ce"
      "a0808c9d450e5e83ac095f5656c102b2ff15a8e0501c7553a7afe1e0256b5e09"},
+    {"SHA-512/224", DigestAlgorithm::Sha512_224,
+     "4634270f707b6a54daae7530460842e20e37ed265ceee9a43e8924aa",
+     "05daee229da360f57cf05fcb0b74bb0747c4b881db1fb6d885791e19"},
+    {"SHA-512/256", DigestAlgorithm::Sha512_256,
+     "53048e2681941ef99b2e29b76b4c7dabe4c2d0c634fc6d46e0e2f13107e7af23",
+     "a6cdb1c476398628b3625155dc6636bd49b980d4f62840c48aaf112948fb412f"},
+    {"SHA3-224", DigestAlgorithm::Sha3_224,
+     "e642824c3f8cf24ad09234ee7d3c766fc9a3a5168d0c94ad73b46fdf",
+     "5a13b16fee3d8e322d64bfe46cd25ddd285ea2ef552a4869f3c49ca6"},
+    {"SHA3-256", DigestAlgorithm::Sha3_256,
+     "3a985da74fe225b2045c172d6bd390bd855f086e3e9d525b46bfe24511431532",
+     "d4daa4ebbd2c645f86ba95b6e1826396ad89974ff4cd6581c57e362b4464286a"},
+    {"SHA3-384", DigestAlgorithm::Sha3_384,
+     "ec01498288516fc926459f58e2c6ad8df9b473cb0fc08c2596da7cf0e49be4b2"
+     "98d88cea927ac7f539f1edf228376d25",
+     "2e835ab5ddc0a40a779470230f52afb340416421486f769485c81ccd8c5a19f0"
+     "0af020ec059f49908b4e9a99a3fcb3e6"},
+    {"SHA3-512", DigestAlgorithm::Sha3_512,
+     "b751850b1a57168a5693cd924b6b096e08f621827444f70d884f5d0240d2712e"
+     "10e116e9192af3c91a7ec57647e3934057340b4cf408d5a56592f8274eec53f0",
+     "896d0b00d5f8e862c70225dbf04329a0d67baa7b25fe8640a3fba8d0d20e964a"
+     "dd60f2c33a2ecb2f8d02a124bb2afea240797c6590bc0957fac40058ef947100"},
+    {"MD5", DigestAlgorithm::Md5, "900150983cd24fb0d6963f7d28e17f72",
+     "eeb77f5f54b2e46b4849a40454d8e547"},
 };
-
-Bytes makeMessage() {
-    Bytes message(1000);
-    for (std::size_t i = 0; i < message.size(); ++i)
-        message[i] = static_cast<unsigned char>(i % 251);
-    return message;
-}
 
 Bytes digestOf(DigestAlgorithm algorithm, ByteView data) {
     const DigestValue digest = computeDigest(algorithm, data);
     return Bytes(digest.bytes, digest.bytes + digest.size);
 }
 
-TEST(DigestTest, GivesTheKnownDigests) {
-    const Bytes message = makeMessage();
+void expectKnownDigests() {
+    const Bytes message = makePattern(300);
     for (const KnownDigest& known : kKnownDigests) {
         SCOPED_TRACE(known.name);
         EXPECT_EQ(digestOf(known.algorithm, bytesOf("abc")), fromHex(known.ofAbc));
@@ -68,30 +87,67 @@ TEST(DigestTest, GivesTheKnownDigests) {
     }
 }
 
-// Hashes in pieces of 1, 1 + step, 1 + 2 * step .. bytes.
-template <class Hash>
-Bytes hashInPieces(ByteView message, std::size_t step) {
-    Hash hash;
+TEST(DigestTest, GivesTheKnownDigestsByTheBestCodeForThisProcessor) {
+    if (!haveShaInstructions())
+        std::cout << "    no instructions for SHA here: portable code\n";
+    EXPECT_EQ(sha1Instructions() != nullptr, haveShaInstructions());
+    expectKnownDigests();
+}
+
+TEST(DigestTest, GivesTheKnownDigestsByPortableCode) {
+    hideInstructions(true);
+    EXPECT_EQ(sha1Instructions(), nullptr);
+    EXPECT_EQ(sha256Instructions(), nullptr);
+    expectKnownDigests();
+    hideInstructions(false);
+}
+
+// Hashes in pieces of 1, 1 + step, 1 + 2 * step .. bytes, and goes on from a copy before each.
+Bytes hashInPieces(DigestAlgorithm algorithm, ByteView message, std::size_t step) {
+    RunningDigest running(algorithm);
     for (std::size_t size = 1; !message.empty(); size += step) {
         const ByteView piece = message.first(std::min(size, message.size()));
-        hash.update(piece);
-        hash.update({});
+        RunningDigest copy = running;
+        running.update(bytesOf("what the copy does not see"));
+        copy.update(piece);
+        copy.update({});
+        running = copy;
         message = message.subspan(piece.size());
     }
-    Bytes digest(Hash::kDigestSize);
-    hash.finish(std::span<unsigned char, Hash::kDigestSize>(digest));
+    Bytes digest(digestSize(algorithm));
+    running.finish(digest);
     return digest;
 }
 
 TEST(DigestTest, DoesNotDependOnHowTheMessageIsCut) {
-    const Bytes message = makeMessage();
-    for (const std::size_t step : {0u, 1u, 7u, 63u, 64u, 127u, 128u}) {
-        SCOPED_TRACE(step);
-        EXPECT_EQ(hashInPieces<Sha1>(message, step), digestOf(DigestAlgorithm::Sha1, message));
-        EXPECT_EQ(hashInPieces<Sha224>(message, step), digestOf(DigestAlgorithm::Sha224, message));
-        EXPECT_EQ(hashInPieces<Sha256>(message, step), digestOf(DigestAlgorithm::Sha256, message));
-        EXPECT_EQ(hashInPieces<Sha384>(message, step), digestOf(DigestAlgorithm::Sha384, message));
-        EXPECT_EQ(hashInPieces<Sha512>(message, step), digestOf(DigestAlgorithm::Sha512, message));
+    const Bytes message = makePattern(1000);
+    for (const KnownDigest& known : kKnownDigests)
+        for (const std::size_t step : {0u, 1u, 7u, 63u, 64u, 127u, 128u, 135u})
+            EXPECT_EQ(hashInPieces(known.algorithm, message, step),
+                      digestOf(known.algorithm, message))
+                << known.name << ", step " << step;
+}
+
+// FIPS 202: the first octets of SHAKE128 and SHAKE256 over nothing, in pieces that straddle the
+// rate. The digests above never ask a sponge for more than it holds.
+TEST(DigestTest, SqueezesSpongesInPieces) {
+    const struct {
+        std::size_t rate;
+        const char* upTo32;
+        const char* from336;
+    } kRows[] = {
+        {168, "7f9c2ba4e88f827d616045507605853ed73b8093f6efbc88eb1a6eacfa66ef26",
+         "0affc6820b523a3d917135f2dff2ee06"},
+        {136, "46b9dd2b0ba88d13233b3feb743eeb243fcd52ea62b81b82b50c27646ed5762f",
+         "73445df490cc8fc1e4160ff118378f11"},
+    };
+    for (const auto& row : kRows) {
+        KeccakSponge sponge(row.rate, 0x1f);
+        Bytes output(352);
+        for (std::size_t at = 0; at < output.size(); at += 11)
+            sponge.squeeze(std::span(output).subspan(at, 11));
+        EXPECT_EQ(Bytes(output.begin(), output.begin() + 32), fromHex(row.upTo32));
+        EXPECT_EQ(Bytes(output.begin() + 336, output.end()), fromHex(row.from336));
     }
 }
 

@@ -1,0 +1,11 @@
+#pragma once
+
+#include "tests/support/crypto/Bytes.h"
+
+// 0, 1 .. 250 again and again: a message without a period that any block size shares.
+inline Bytes makePattern(std::size_t size) {
+    Bytes pattern(size);
+    for (std::size_t i = 0; i < size; ++i)
+        pattern[i] = static_cast<unsigned char>(i % 251);
+    return pattern;
+}
