@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <limits>
 
+#include "support/base/Wipe.h"
+
 namespace certstore {
 
 namespace {
@@ -41,19 +43,29 @@ bool endsWell(std::uint32_t group, unsigned int rest, unsigned int padding) noex
     }
 }
 
-}  // namespace
-
-void appendBase64(StringBuffer& out, ByteView bytes) {
+template <typename AppendGroup>
+void encode(ByteView bytes, AppendGroup appendGroup) {
     for (std::size_t i = 0; i < bytes.size(); i += 3) {
         const std::size_t here = std::min<std::size_t>(3, bytes.size() - i);
         std::uint32_t group = 0;
         for (std::size_t j = 0; j < 3; ++j)
             group = group << 8 | (j < here ? bytes[i + j] : 0U);
-        const char digits[4] = {kAlphabet[group >> 18], kAlphabet[group >> 12 & 63],
-                                here > 1 ? kAlphabet[group >> 6 & 63] : '=',
-                                here > 2 ? kAlphabet[group & 63] : '='};
-        out.append(std::string_view(digits, 4));
+        char digits[4] = {kAlphabet[group >> 18], kAlphabet[group >> 12 & 63],
+                          here > 1 ? kAlphabet[group >> 6 & 63] : '=',
+                          here > 2 ? kAlphabet[group & 63] : '='};
+        const WipeGuard guard(digits, sizeof digits);
+        appendGroup(digits);
     }
+}
+
+}  // namespace
+
+void appendBase64(StringBuffer& out, ByteView bytes) {
+    encode(bytes, [&out](const char* digits) { out.append(std::string_view(digits, 4)); });
+}
+
+void appendBase64(DataBuffer& out, ByteView bytes) {
+    encode(bytes, [&out](const char* digits) { out.append(digits, 4); });
 }
 
 bool decodeBase64(std::string_view text, DataBuffer& out) {

@@ -10,6 +10,8 @@ namespace certstore {
 
 // Appends the base64 of `bytes` (RFC 4648 section 4), padded, in one line.
 void appendBase64(StringBuffer& out, ByteView bytes);
+// The same into a buffer that may be marked secure.
+void appendBase64(DataBuffer& out, ByteView bytes);
 
 // Appends the bytes that `text` stands for. Blanks and line ends may stand anywhere, padding may be
 // missing. False on any other character, on data behind the padding and on bits left over; `out`

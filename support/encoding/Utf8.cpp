@@ -22,6 +22,15 @@ std::size_t utf8SequenceSize(ByteView bytes) noexcept {
     return overlong || surrogate || beyond ? 0 : size;
 }
 
+char32_t utf8CharAt(ByteView bytes) noexcept {
+    const std::size_t size = utf8SequenceSize(bytes);
+    // The lead byte gives what its length marker leaves: 7, 5, 4 or 3 bits.
+    char32_t code = size == 1 ? bytes[0] : bytes[0] & (0x7fU >> size);
+    for (const unsigned char byte : bytes.first(size).subspan(1))
+        code = code << 6 | (byte & 0x3fU);
+    return code;
+}
+
 bool isUtf8(ByteView bytes) noexcept {
     while (!bytes.empty()) {
         const std::size_t size = utf8SequenceSize(bytes);

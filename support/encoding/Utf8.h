@@ -11,6 +11,9 @@ namespace certstore {
 // cut, overlong, a surrogate or beyond U+10FFFF (RFC 3629).
 std::size_t utf8SequenceSize(ByteView bytes) noexcept;
 
+// The character that this sequence is. Requires: utf8SequenceSize(bytes) != 0.
+char32_t utf8CharAt(ByteView bytes) noexcept;
+
 bool isUtf8(ByteView bytes) noexcept;
 
 // Whether `code` is a character that UTF-8 can hold.

@@ -69,6 +69,16 @@ bool _zvPublicKey::fits(certstore::ByteView pkcs8, LogBase& log) const {
     return true;
 }
 
+certstore::KeyMatch _zvPublicKey::match(const _zvPublicKey& other) const noexcept {
+    certstore::PrivateKeyInfo privateInfo;
+    certstore::PublicKeyInfo publicInfo;
+    const PrivateKey* key = other.m_private.load(std::memory_order_acquire);
+    if (!key || !readPrivateKeyInfo(key->pkcs8(), privateInfo)
+        || !readPublicKeyInfo(m_spki, publicInfo))
+        return certstore::KeyMatch::Unknown;
+    return matchKeys(privateInfo, publicInfo);
+}
+
 bool _zvPublicKey::publish(const PrivateKey* key, LogBase& log) {
     const PrivateKey* none = nullptr;
     if (m_private.compare_exchange_strong(none, key, std::memory_order_acq_rel))

@@ -8,7 +8,8 @@
 
 namespace certstore {
 class PrivateKey;
-}
+enum class KeyMatch;
+}  // namespace certstore
 
 // The key that travels with a certificate: nothing, a public key, or a private key. It becomes
 // private once, and then stays so with that key: of several that load or attach one at the same
@@ -44,6 +45,10 @@ public:
     // loaded. False, without a log entry, when there is none or when it may not be exported; the
     // latter sets `notExportable`.
     bool getPrivateKeyDer(DataBuffer& pkcs8, bool& notExportable) const;
+
+    // Whether the private key that `other` holds has the public key held here. Unknown when its
+    // encoding does not tell, or there is none.
+    certstore::KeyMatch match(const _zvPublicKey& other) const noexcept;
 
     // Forbids for good that the private key held now is handed out, here and wherever it is shared.
     void setNotExportable() noexcept;

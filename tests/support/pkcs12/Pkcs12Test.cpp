@@ -1,0 +1,350 @@
+#include "support/pkcs12/Pkcs12.h"
+
+#include <gtest/gtest.h>
+
+#include "support/asn1/DerWriter.h"
+#include "support/asn1/Oid.h"
+#include "support/log/LogNull.h"
+#include "support/log/LogText.h"
+#include "support/pkcs12/PfxParser.h"
+#include "tests/common/TestFiles.h"
+
+namespace {
+
+using certstore::bytesOf;
+using certstore::ByteView;
+using certstore::OidBytes;
+using certstore::Pkcs12Limits;
+using Bytes = std::string;
+using namespace std::string_literals;
+
+constexpr const char* kUnicodePassword = "p\xc3\xa4sswo\xcc\x88rd";
+
+void load(const char* file, DataBuffer& pfx) {
+    const std::string bytes = testfiles::readFile(testfiles::data(file));
+    pfx.append(bytesOf(bytes));
+}
+
+// The single error of a log, without contexts.
+std::string errorIn(const LogText& log) {
+    const std::string& text = log.getText();
+    const std::size_t at = text.find("ERROR: ");
+    EXPECT_EQ(text.find("ERROR: ", at + 1), std::string::npos) << text;
+    return at == std::string::npos ? "" : text.substr(at + 7, text.find('\n', at) - at - 7);
+}
+
+struct OpenCase {
+    const char* sentence;
+    const char* file;
+    const char* password;
+    int certs, keys;    // -1: does not open
+    const char* error;  // or, when it opens, a note that a verbose log has
+};
+
+TEST(Pkcs12, OpensWithTheRightPasswordAndSaysWhyNot) {
+    constexpr const char* kWrong = "MAC does not match: wrong password or damaged.";
+    const OpenCase cases[] = {
+        {"today's defaults", "pfx-modern.p12", "password", 3, 1, ""},
+        {"those of old", "pfx-legacy.p12", "password", 3, 1, "MAC matches: password as UTF-8."},
+        {"no MAC", "pfx-nomac.p12", "password", 3, 1, "The file has no MAC."},
+        {"nothing encrypted, whatever the password", "pfx-plain.p12", "x", 3, 1, ""},
+        {"the empty password", "pfx-empty-password.p12", "", 3, 1, "MAC matches: empty password."},
+        {"null for the empty password", "pfx-empty-password.p12", nullptr, 3, 1,
+         "MAC matches: empty password."},
+        {"beyond ASCII, and beyond 16 bits", "pfx-unicode-password.p12",
+         "p\xc3\xa4ssw\xc3\xb6rd \xe2\x82\xac\xf0\x9d\x84\x9e", 3, 1, ""},
+        {"certificates alone", "pfx-nokeys.p12", "password", 1, 0, ""},
+        {"a key alone", "pfx-nocerts.p12", "password", 0, 1, ""},
+        {"wrong password", "pfx-modern.p12", "Password", -1, 0, kWrong},
+        {"wrong password, old", "pfx-legacy.p12", "", -1, 0, kWrong},
+        {"another way to write the letter", "pfx-unicode-password.p12", kUnicodePassword, -1, 0,
+         kWrong},
+        {"wrong password without MAC", "pfx-nomac.p12", "Password", -1, 0,
+         "shrouded key bag 4, PBES2 with PBKDF2 HMAC-SHA-256 and AES-256-CBC: decryption failed."},
+    };
+    for (const OpenCase& c : cases) {
+        SCOPED_TRACE(c.sentence);
+        DataBuffer pfx;
+        load(c.file, pfx);
+        Pkcs12 container;
+        LogText log;
+        log.m_verboseLogging = true;
+        bool macVerified = false;
+        const bool opened = container.pkcs12FromDb(pfx, c.password, macVerified, log);
+        EXPECT_EQ(opened, c.certs >= 0) << log.getText();
+        EXPECT_EQ(container.get_NumCerts(), std::max(c.certs, 0));
+        EXPECT_EQ(container.get_NumPrivateKeys(), std::max(c.keys, 0));
+        EXPECT_NE(log.getText().find(c.error), std::string::npos) << log.getText();
+        EXPECT_EQ(errorIn(log), opened ? "" : c.error);
+        for (int i = 0; i < container.get_NumCerts(); ++i)
+            EXPECT_EQ(container.getPkcs12Cert(i, log)->hasPrivateKey(false, log),
+                      i == 0 && c.keys != 0);
+        EXPECT_EQ(container.getPkcs12Cert(c.certs, log), nullptr);
+    }
+}
+
+TEST(Pkcs12, GivesNamesAndKeysAsTheFileHasThem) {
+    DataBuffer pfx, key, out;
+    load("pfx-quick.p12", pfx);
+    testfiles::loadPemDer("leaf.key", key);
+    Pkcs12 container;
+    LogText log;
+    bool macVerified = false, notExportable = false;
+    ASSERT_TRUE(container.pkcs12FromDb(pfx, "password", macVerified, log)) << log.getText();
+    EXPECT_TRUE(macVerified);
+    EXPECT_STREQ(container.getCertFriendlyName(0), "Alice's key");
+    EXPECT_STREQ(container.getKeyFriendlyName(0), "Alice's key");
+    EXPECT_STREQ(container.getCertFriendlyName(1), "");
+    ASSERT_TRUE(container.getPkcs12Cert(0, log)->getPrivateKeyAsDER(out, notExportable, log));
+    EXPECT_TRUE(out.equals(key));
+    container.setKeysNotExportable();
+    EXPECT_FALSE(container.getPkcs12Cert(0, log)->getPrivateKeyAsDER(out, notExportable, log));
+    EXPECT_TRUE(notExportable);
+}
+
+// Every cut, and every changed byte of the first kilobyte, fails with one error or gives the same.
+TEST(Pkcs12, DamageIsNoticedOrHarmless) {
+    for (const char* file : {"pfx-quick.p12", "pfx-plain.p12", "pfx-legacy.p12"}) {
+        DataBuffer good, pfx;
+        load(file, good);
+        const auto readsCleanly = [&](const DataBuffer& bytes) {
+            Pkcs12 container;
+            LogText log;
+            bool macVerified = false;
+            const bool opened = container.pkcs12FromDb(bytes, "password", macVerified, log);
+            EXPECT_EQ(errorIn(log).empty(), opened) << log.getText();
+            EXPECT_EQ(opened, container.get_NumCerts() + container.get_NumPrivateKeys() != 0);
+            return opened;
+        };
+        for (unsigned int size = 0; size < good.getSize(); ++size) {
+            pfx.clear();
+            pfx.append(good.getData2(), size);
+            ASSERT_FALSE(readsCleanly(pfx)) << file << " cut to " << size;
+        }
+        for (unsigned int at = 0; at < 1024; ++at) {
+            pfx.clear();
+            pfx.append(good.getData2(), at);
+            pfx.appendByte(static_cast<unsigned char>(good.getData2()[at] ^ 0x55));
+            pfx.append(good.getData2() + at + 1, good.getSize() - at - 1);
+            readsCleanly(pfx);
+        }
+    }
+}
+
+// Files put together here, to declare what no tool would.
+Bytes der(unsigned char tag, const Bytes& content) {
+    DataBuffer out;
+    certstore::appendDer(out, tag, bytesOf(content));
+    return Bytes(certstore::textOf(out.view()));
+}
+
+Bytes oid(const OidBytes& value) {
+    return der(0x06, Bytes(certstore::textOf(value.view())));
+}
+
+Bytes number(std::uint64_t value) {
+    Bytes octets;
+    for (int shift = 56; shift >= 0; shift -= 8)
+        octets += static_cast<char>(value >> shift);
+    octets.erase(0, std::min<std::size_t>(octets.find_first_not_of('\0'), 7));
+    if (static_cast<unsigned char>(octets[0]) >= 0x80)
+        octets.insert(0, 1, '\0');
+    return der(0x02, octets);
+}
+
+Bytes sequence(const Bytes& content) {
+    return der(0x30, content);
+}
+
+Bytes pbes2(const Bytes& kdf) {
+    const Bytes aes =
+        sequence(oid(OidBytes("2.16.840.1.101.3.4.1.42")) + der(0x04, Bytes(16, 'i')));
+    return sequence(oid(OidBytes("1.2.840.113549.1.5.13")) + sequence(kdf + aes));
+}
+
+Bytes pbkdf2(std::uint64_t iterations) {
+    return sequence(oid(OidBytes("1.2.840.113549.1.5.12"))
+                    + sequence(der(0x04, "saltsalt") + number(iterations)));
+}
+
+Bytes scrypt(std::uint64_t n, std::uint64_t r, std::uint64_t p) {
+    return sequence(oid(OidBytes("1.3.6.1.4.1.11591.4.11"))
+                    + sequence(der(0x04, "saltsalt") + number(n) + number(r) + number(p)));
+}
+
+Bytes encryptedSafe(const Bytes& algorithm) {
+    const Bytes data = oid(OidBytes("1.2.840.113549.1.7.1"));
+    const Bytes info = sequence(data + algorithm + der(0x80, Bytes(32, 'x')));
+    return sequence(oid(OidBytes("1.2.840.113549.1.7.6")) + der(0xa0, sequence(number(0) + info)));
+}
+
+Bytes plainSafe(const Bytes& bags) {
+    return sequence(oid(OidBytes("1.2.840.113549.1.7.1")) + der(0xa0, der(0x04, sequence(bags))));
+}
+
+Bytes pfxOf(const Bytes& safes) {
+    return sequence(number(3) + plainSafe(safes));
+}
+
+Bytes shroudedKey(const Bytes& algorithm) {
+    const Bytes key = sequence(algorithm + der(0x04, Bytes(32, 'x')));
+    return sequence(oid(OidBytes("1.2.840.113549.1.12.10.1.2")) + der(0xa0, key));
+}
+
+Bytes nestedSafes(int depth) {
+    Bytes bag = shroudedKey(pbes2(pbkdf2(1)));
+    for (int i = 0; i < depth; ++i)
+        bag = sequence(oid(OidBytes("1.2.840.113549.1.12.10.1.6")) + der(0xa0, sequence(bag)));
+    return bag;
+}
+
+Bytes repeated(int count, const Bytes& bytes) {
+    Bytes all;
+    for (int i = 0; i < count; ++i)
+        all += bytes;
+    return all;
+}
+
+Bytes localKeyId(char id) {
+    return der(0x31, sequence(oid(OidBytes("1.2.840.113549.1.9.21")) + der(0x31, der(0x04, {id}))));
+}
+
+Bytes certBag(const char* file, char id) {
+    DataBuffer bytes;
+    testfiles::certOf(testfiles::loadCert(file)).getDEREncodedCert(bytes);
+    const Bytes value = der(0xa0, der(0x04, Bytes(certstore::textOf(bytes.view()))));
+    const Bytes cert = sequence(oid(OidBytes("1.2.840.113549.1.9.22.1")) + value);
+    return sequence(oid(OidBytes("1.2.840.113549.1.12.10.1.3")) + der(0xa0, cert) + localKeyId(id));
+}
+
+Bytes keyBag(const Bytes& pkcs8, char id) {
+    return sequence(oid(OidBytes("1.2.840.113549.1.12.10.1.1")) + der(0xa0, pkcs8)
+                    + localKeyId(id));
+}
+
+Bytes pkcs8Of(const char* file) {
+    DataBuffer bytes;
+    testfiles::loadPemDer(file, bytes);
+    return Bytes(certstore::textOf(bytes.view()));
+}
+
+// The same EC key without its public half: only the secret number is left.
+Bytes withoutPublicHalf(const Bytes& pkcs8) {
+    const Bytes algorithm =
+        sequence(oid(OidBytes("1.2.840.10045.2.1")) + oid(OidBytes("1.2.840.10045.3.1.7")));
+    const Bytes secret = sequence(number(1) + der(0x04, pkcs8.substr(36, 32)));
+    return sequence(number(0) + algorithm + der(0x04, secret));
+}
+
+TEST(Pkcs12, KeysGoToTheirCertificatesWhateverIdentifiersSay) {
+    const Bytes leafKey = pkcs8Of("leaf.key"), rsaKey = pkcs8Of("rsa-leaf.key");
+    const Bytes certs = certBag("leaf.pem", 1) + certBag("rsa-leaf.pem", 2);
+    const struct {
+        const char* sentence;
+        Bytes bags;
+        bool leafHasKey, rsaHasKey;
+    } kCases[] = {
+        {"crossed identifiers", certs + keyBag(leafKey, 2) + keyBag(rsaKey, 1), true, true},
+        {"keys first", keyBag(rsaKey, 9) + keyBag(leafKey, 9) + certs, true, true},
+        {"no public half, but the identifier", certs + keyBag(withoutPublicHalf(leafKey), 1), true,
+         false},
+        {"no public half, no such identifier", certs + keyBag(withoutPublicHalf(leafKey), 3), false,
+         false},
+        {"the identifier of a certificate of another kind",
+         certs + keyBag(withoutPublicHalf(leafKey), 2), false, false},
+        {"a key that belongs to neither", certs + keyBag(pkcs8Of("leaf-other.key"), 1), false,
+         false},
+    };
+    for (const auto& c : kCases) {
+        DataBuffer pfx;
+        pfx.append(bytesOf(pfxOf(plainSafe(c.bags))));
+        Pkcs12 container;
+        LogText log;
+        bool macVerified = true;
+        ASSERT_TRUE(container.pkcs12FromDb(pfx, nullptr, macVerified, log)) << log.getText();
+        EXPECT_FALSE(macVerified);
+        EXPECT_EQ(container.getPkcs12Cert(0, log)->hasPrivateKey(false, log), c.leafHasKey)
+            << c.sentence;
+        EXPECT_EQ(container.getPkcs12Cert(1, log)->hasPrivateKey(false, log), c.rsaHasKey)
+            << c.sentence;
+    }
+}
+
+TEST(Pkcs12, ReadsKeysUnderScrypt) {
+    const Bytes encrypted = testfiles::readFile(testfiles::data("leaf-scrypt.p8"));
+    const Bytes bag = sequence(oid(OidBytes("1.2.840.113549.1.12.10.1.2")) + der(0xa0, encrypted));
+    DataBuffer pfx;
+    pfx.append(bytesOf(pfxOf(plainSafe(bag + certBag("leaf.pem", 1)))));
+    Pkcs12 container;
+    LogText log;
+    bool macVerified = false;
+    ASSERT_TRUE(container.pkcs12FromDb(pfx, "password", macVerified, log)) << log.getText();
+    EXPECT_TRUE(container.getPkcs12Cert(0, log)->hasPrivateKey(false, log));
+    EXPECT_FALSE(container.pkcs12FromDb(pfx, "Password", macVerified, log));
+    EXPECT_EQ(errorIn(log),
+              "shrouded key bag 1, PBES2 with scrypt and AES-256-CBC: decryption failed.");
+}
+
+TEST(Pkcs12, RefusesBombsByTheNameOfTheLimitBeforeAnyWork) {
+    const Bytes manyKeys = plainSafe(repeated(1000, shroudedKey(pbes2(pbkdf2(100'000)))));
+    const Bytes manySafes = repeated(1000, encryptedSafe(pbes2(pbkdf2(100'000))));
+    const struct {
+        const char* sentence;
+        Bytes pfx;
+        const char* error;
+    } kCases[] = {
+        {"2^31 - 1 iterations", pfxOf(encryptedSafe(pbes2(pbkdf2(0x7fffffff)))),
+         "limit of iterations"},
+        {"2^64 - 1 iterations", pfxOf(encryptedSafe(pbes2(pbkdf2(~0ULL)))), "limit of iterations"},
+        {"many keys of many iterations", pfxOf(manyKeys), "limit of key derivation work"},
+        {"many safes of many iterations", pfxOf(manySafes), "limit of key derivation work"},
+        {"scrypt with gigabytes", pfxOf(encryptedSafe(pbes2(scrypt(1 << 20, 32, 1)))),
+         "limit of scrypt memory"},
+        {"scrypt with all there is", pfxOf(encryptedSafe(pbes2(scrypt(1ULL << 63, 1 << 30, 9)))),
+         "limit of scrypt memory"},
+        {"scrypt in many lanes", pfxOf(encryptedSafe(pbes2(scrypt(1024, 8, 4096)))),
+         "limit of key derivation work"},
+        {"safes in safes", pfxOf(plainSafe(nestedSafes(40))), "limit of nesting"},
+        {"more bags than any file has",
+         pfxOf(
+             plainSafe(repeated(10'001, sequence(oid(OidBytes("1.2.3")) + der(0xa0, "\x05\0"s))))),
+         "limit of bags"},
+        {"unknown cipher", pfxOf(encryptedSafe(sequence(oid(OidBytes("1.2.3"))))),
+         "safe 1: unknown algorithm 1.2.3."},
+        {"public-key privacy",
+         pfxOf(sequence(oid(OidBytes("1.2.840.113549.1.7.3")) + der(0xa0, sequence("")))),
+         "public-key privacy mode"},
+        {"no PFX at all", sequence(number(3)), "Not PKCS#12."},
+    };
+    for (const auto& c : kCases) {
+        const Pkcs12Limits limits;
+        const certstore::PfxPassword password("password");
+        LogText log;
+        certstore::PfxParser parser(limits, log);
+        certstore::PfxItems items;
+        bool macVerified = false;
+        EXPECT_FALSE(parser.parse(bytesOf(c.pfx), password, items, macVerified)) << c.sentence;
+        EXPECT_NE(errorIn(log).find(c.error), std::string::npos) << c.sentence << log.getText();
+        EXPECT_EQ(parser.workDone(), 0U) << c.sentence;
+    }
+}
+
+// Work that shows only after decryption is charged before it is done.
+TEST(Pkcs12, ChargesWhatDecryptionReveals) {
+    DataBuffer pfx;
+    load("pfx-modern.p12", pfx);
+    // MAC: 1 a hash computation and iteration; the safe and the key, HMAC-SHA-256 for 32 bytes: 2.
+    for (const std::uint64_t iterations : {1U, 2U, 3U, 4U, 5U, 6U}) {
+        Pkcs12Limits limits;
+        limits.kdfWork = 2048 * iterations - 1;
+        LogText log;
+        const certstore::PfxPassword password("password");
+        certstore::PfxParser parser(limits, log);
+        certstore::PfxItems items;
+        bool macVerified = false;
+        EXPECT_EQ(parser.parse(pfx.view(), password, items, macVerified), iterations > 5);
+        EXPECT_LE(parser.workDone(), limits.kdfWork);
+    }
+}
+
+}  // namespace
