@@ -9,6 +9,9 @@
 #include "support/sync/RefCountedObject.h"
 #include "support/x509/X509Certificate.h"
 
+class CertMgr;
+class Pkcs12;
+
 // The certificate store: one CertRepository behind a lock, shared by its SystemCertsHolders and
 // destroyed with the last of them.
 //
@@ -54,6 +57,21 @@ public:
     // Parses one DER certificate (X.509 v1 to v3, at most 1 MiB) and adds it. False when the bytes
     // are none (one error names the field and byte) or it cannot be added.
     bool addCertDer(DataBuffer& der, LogBase& log);
+
+    // Adds every certificate of a parsed container, with the private keys attached there. `certOut`,
+    // unless null, receives a new holder, the caller's: of the first certificate with a private
+    // key, else of the first; null when there is none. False, with an error, at the first that
+    // cannot be added: those before it stay, and `certOut` is null.
+    bool addPkcs12(Pkcs12& pkcs12, CertificateHolder** certOut, LogBase& log);
+
+    // Parses a PKCS#12 file (Pkcs12.h: limits, passwords, errors) and adds what it holds, as above.
+    // `numPrivateKeys` becomes the number of its private keys. Empty bytes are false without an entry, and
+    // leave `certOut` as it was. The store is locked while the file is decrypted.
+    bool addPfxSource(const DataBuffer& pfx, const char* password, CertificateHolder** certOut,
+                      int& numPrivateKeys, LogBase& log);
+
+    // Adds every certificate of a vault. Always true: those that cannot be added are passed over.
+    bool addCertVault(CertMgr& vault, LogBase& log);
 
     // Writes the keys of all certificates into the log. Takes no lock.
     void logInMemoryRepository(LogBase& log);

@@ -333,3 +333,4 @@ make_serials
 make_oddities
 make_names
 make_bundles
+./make_keys.sh

@@ -1,0 +1,62 @@
+#include "support/vault/PemBody.h"
+
+#include <algorithm>
+
+#include "support/encoding/Base64.h"
+
+namespace certstore {
+
+namespace {
+
+// Takes the first line off a text whose lines end in LF, CRLF or CR.
+std::string_view takeLine(std::string_view& text) noexcept {
+    const std::string_view line = text.substr(0, text.find_first_of("\r\n"));
+    text.remove_prefix(line.size());
+    const std::size_t lineEnd = text.starts_with("\r\n") ? 2 : 1;
+    text.remove_prefix(std::min(lineEnd, text.size()));
+    return line;
+}
+
+bool isBlank(std::string_view line) noexcept {
+    return line.find_first_not_of(" \t") == std::string_view::npos;
+}
+
+// Cuts the headers off, which an empty line ends; whether they tell of encryption.
+bool takeHeaders(std::string_view& body) noexcept {
+    // No digit of base64.
+    if (body.find(':') == std::string_view::npos)
+        return false;
+    bool encrypted = false;
+    // What is left of the boundary line.
+    takeLine(body);
+    while (!body.empty()) {
+        const std::string_view line = takeLine(body);
+        if (isBlank(line))
+            break;
+        encrypted = encrypted
+            || (line.starts_with("Proc-Type:") && line.find("ENCRYPTED") != std::string_view::npos);
+    }
+    return encrypted;
+}
+
+}  // namespace
+
+PemBodyResult decodePemBody(std::string_view body, DataBuffer& out) {
+    if (takeHeaders(body))
+        return PemBodyResult::Encrypted;
+    return decodeBase64(body, out) ? PemBodyResult::Good : PemBodyResult::NotBase64;
+}
+
+const char* problemOf(PemBodyResult result) noexcept {
+    switch (result) {
+        case PemBodyResult::NotBase64:
+            return "not base64";
+        case PemBodyResult::Encrypted:
+            return "traditional encryption (Proc-Type: 4,ENCRYPTED) is not supported";
+        case PemBodyResult::Good:
+            break;
+    }
+    return "";
+}
+
+}  // namespace certstore
