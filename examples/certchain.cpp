@@ -1,8 +1,9 @@
 // Prints the chain of a certificate up to its root.
 //
-// The first certificate of the first file is the one whose chain is wanted; all certificates of all
-// files go into the store, that one too, since issuers are found by name only for certificates that
-// the store knows. Exit status: 0 root reached, 1 failed, 2 no root.
+// The leaf of the PKCS#12 file, or else the first certificate of the first file, is the one whose
+// chain is wanted; all certificates of all files go into the store, that one too, since issuers are
+// found by name only for certificates that the store knows. Exit status: 0 root reached, 1 failed,
+// 2 no root.
 
 #include <fstream>
 #include <iostream>
@@ -10,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include "PfxFile.h"
 #include "certstore/SystemCerts.h"
 #include "support/log/LogNull.h"
 #include "support/log/LogText.h"
@@ -26,19 +28,23 @@ constexpr int kRootReached = 0, kFailed = 1, kNoRoot = 2;
 
 constexpr const char* kUsage =
     "usage: certchain [OPTION]... FILE [FILE]...\n"
-    "Prints the chain of the first certificate in the first FILE (PEM or DER), leaf to root.\n"
-    "The certificates of all FILEs may be members of it.\n"
+    "       certchain --pfx FILE [OPTION]... [FILE]...\n"
+    "Prints the chain of the first certificate in the first FILE (PEM or DER), leaf to root, or\n"
+    "of the certificate with a private key in a PKCS#12 file.\n"
+    "The certificates of all files may be members of it.\n"
     "  --root FILE           trust the certificates of this PEM file as the application's roots\n"
     "  --system-roots        look for roots in the system's CA bundle (default)\n"
     "  --no-system-roots     do not\n"
     "  --skip-signatures     check no signatures\n"
     "  --include-root        print the root too (default)\n"
     "  --no-include-root     do not\n"
-    "  --verbose             print the log of all that was done to stderr\n"
-    "Exit status: 0 root reached, 1 failed, 2 no root.\n";
+    "  --verbose             print the log of all that was done to stderr\n";
+constexpr const char* kExitStatus = "Exit status: 0 root reached, 1 failed, 2 no root.\n";
 
 struct Options {
     std::vector<std::string> files, rootFiles;
+    std::string pfxFile;
+    PasswordSource password;
     bool skipSignatures = false, includeRoot = true, verbose = false, help = false;
 };
 
@@ -63,29 +69,29 @@ bool readOption(const std::string& argument, Options& options) {
     return true;
 }
 
+// Where the value of an option goes that may be given once. Null for every other argument.
+std::string* valueOf(const std::string& argument, Options& options) {
+    if (argument == "--pfx")
+        return &options.pfxFile;
+    return passwordOption(argument, options.password);
+}
+
 bool readArguments(const std::vector<std::string>& arguments, Options& options,
                    std::string& error) {
     for (std::size_t i = 0; i < arguments.size(); ++i) {
+        std::string* value = valueOf(arguments[i], options);
         if (arguments[i] == "--root" && i + 1 < arguments.size())
             options.rootFiles.push_back(arguments[++i]);
+        else if (value && value->empty() && i + 1 < arguments.size() && !arguments[i + 1].empty())
+            *value = arguments[++i];
         else if (!arguments[i].starts_with("--"))
             options.files.push_back(arguments[i]);
         else if (!readOption(arguments[i], options))
-            error = "unknown option or missing argument: " + arguments[i] + " (try --help)";
+            error = "unknown, repeated or incomplete: " + arguments[i] + " (try --help)";
     }
-    if (error.empty() && options.files.empty() && !options.help)
+    if (error.empty() && options.files.empty() && options.pfxFile.empty() && !options.help)
         error = "no certificate file given (try --help)";
     return error.empty();
-}
-
-// The first error of a log as one line.
-std::string firstError(const LogText& log) {
-    constexpr std::string_view kMark = "ERROR: ";
-    const std::string& text = log.getText();
-    const std::size_t at = text.find(kMark);
-    if (at == std::string::npos)
-        return "failed";
-    return text.substr(at + kMark.size(), text.find('\n', at) - at - kMark.size());
 }
 
 // Adds one certificate to the store and, unless `first` holds one, makes it the first.
@@ -126,6 +132,25 @@ bool addFile(SystemCerts& store, const std::string& path, CertificateHolder& fir
     else if (count == 0)
         error = "the file holds no certificate";
     return error.empty();
+}
+
+// Adds all files to the store, and makes the certificate whose chain is wanted the first.
+bool fillStore(SystemCerts& store, const Options& options, CertificateHolder& first,
+               std::string& error) {
+    if (!options.pfxFile.empty()) {
+        const ZorvenOwner<CertificateHolder> leaf(
+            addPfxFile(store, options.pfxFile, options.password, error));
+        if (!leaf)
+            return false;
+        LogNull quiet;
+        first.setCert(leaf->getCertPtr(quiet));
+    }
+    for (const std::string& path : options.files)
+        if (!addFile(store, path, first, error)) {
+            error = path + ": " + error;
+            return false;
+        }
+    return true;
 }
 
 bool trustRoots(const std::string& path, std::string& error) {
@@ -188,7 +213,7 @@ int main(int argc, char** argv) {
     if (!readArguments({argv + 1, argv + argc}, options, error))
         return fail(error);
     if (options.help) {
-        std::cout << kUsage;
+        std::cout << kUsage << kPasswordUsage << kExitStatus;
         return kRootReached;
     }
     for (const std::string& path : options.rootFiles)
@@ -199,9 +224,8 @@ int main(int argc, char** argv) {
     if (!store)
         return fail("out of memory");
     CertificateHolder first(nullptr);
-    for (const std::string& path : options.files)
-        if (!addFile(*store, path, first, error))
-            return fail(path + ": " + error);
+    if (!fillStore(*store, options, first, error))
+        return fail(error);
     LogNull quiet;
     return printChain(*store, *first.getCertPtr(quiet), options);
 }

@@ -1,17 +1,22 @@
 #!/usr/bin/env bash
-# Builds certstore and shows the example program `certchain` on chains it can and must follow to a
-# root. Any step that does not get there ends the demo with an error.
+# Builds certstore and shows its example programs: `certchain` on chains it can and must follow to a
+# root, `exportkey` on a key that must be that of its certificate. Any step that does not get there
+# ends the demo with an error.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
 say() { printf '\n== %s\n' "$*"; }
 
-# chain SENTENCE ARGUMENT...: says what is shown, shows the command, runs it.
+# show COMMAND...: shows the command of an example program and runs it.
+show() {
+    echo "\$ $*"
+    "build/release/examples/$1" "${@:2}"
+}
+
+# chain SENTENCE ARGUMENT...: says what is shown, and runs certchain.
 chain() {
     say "$1"
-    shift
-    echo "\$ certchain $*"
-    build/release/examples/certchain "$@"
+    show certchain "${@:2}"
 }
 
 say "Installing what is missing"
@@ -29,11 +34,27 @@ chain "Elliptic curves: P-256 leaf and issuing CA below a P-384 root" \
 chain "Mixed: an elliptic-curve leaf signed by an RSA root" \
     --no-system-roots --root "$data/rsa-root.pem" "$data/ec-below-rsa.pem"
 
-bundle=/etc/ssl/certs/ca-certificates.crt
-system_root=$(mktemp)
-trap 'rm -f "$system_root"' EXIT
-awk '/-----BEGIN CERTIFICATE-----/ { inside = 1 } inside { print } /-----END/ { exit }' \
-    "$bundle" >"$system_root"
-chain "The first root of the system's bundle, found among the system's roots" "$system_root"
+pfx=(--pfx "$data/rsa-leaf.p12" --password-file "$data/password.txt")
+chain "PKCS#12: the leaf of a file protected by a password" \
+    --no-system-roots --root "$data/rsa-root.pem" "${pfx[@]}"
 
-say "All four chains reach a root."
+scratch=$(mktemp -d)
+trap 'rm -rf "$scratch"' EXIT
+
+bundle=/etc/ssl/certs/ca-certificates.crt
+awk '/-----BEGIN CERTIFICATE-----/ { inside = 1 } inside { print } /-----END/ { exit }' \
+    "$bundle" >"$scratch/root.pem"
+chain "The first root of the system's bundle, found among the system's roots" "$scratch/root.pem"
+
+say "The private key of that PKCS#12 file's leaf, found by serial number and issuer"
+serial=$(openssl x509 -in "$data/rsa-chain.pem" -noout -serial)
+show exportkey "${pfx[@]}" --serial "${serial#serial=}" --issuer "Example Org RSA Issuing CA" \
+    --out "$scratch/leaf.key"
+ls -l "$scratch/leaf.key"
+openssl pkey -in "$scratch/leaf.key" -noout -check
+openssl pkey -in "$scratch/leaf.key" -pubout -out "$scratch/key.pub"
+openssl x509 -in "$data/rsa-chain.pem" -noout -pubkey >"$scratch/certificate.pub"
+cmp "$scratch/key.pub" "$scratch/certificate.pub"
+echo "Its public half is the certificate's."
+
+say "All five chains reach a root, and the key is the certificate's."

@@ -1,9 +1,13 @@
 #!/usr/bin/env bash
 # Installs what building, testing and demonstrating certstore needs from Debian, and only what is
-# missing: where everything is present no network and no privilege is needed.
+# missing: where everything is present no network and no privilege is needed. With the argument
+# `interop` also the programs that the interoperability tests get files from, with `bench` also the
+# peers that the benchmarks run beside.
 set -euo pipefail
 
 packages=(cmake ninja-build g++ libgtest-dev nlohmann-json3-dev openssl ca-certificates)
+[[ ${1:-} != interop ]] || packages+=(gnutls-bin libnss3-tools default-jre-headless)
+[[ ${1:-} != bench ]] || packages+=(libbenchmark-dev pkg-config libssl-dev libgnutls28-dev)
 
 if ! command -v apt-get >/dev/null || ! command -v dpkg-query >/dev/null; then
     echo "Not a Debian system: nothing installed. Needed are the equivalents of ${packages[*]}." >&2

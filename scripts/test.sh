@@ -14,6 +14,8 @@ bash scripts/check_layers.sh
 
 say "Installing what is missing"
 bash scripts/install_packages.sh
+bash scripts/install_packages.sh interop \
+    || echo "Interoperability is tested with the programs that are there."
 
 if [[ -n $vectors ]]; then
     say "Foreign vectors: $vectors"

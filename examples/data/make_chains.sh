@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Makes the chains in this folder anew, with new keys. The keys are not kept.
+# Makes the chains in this folder anew, with new keys. None is kept but that of the RSA leaf.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")"
 # shellcheck source=../../scripts/certificate_functions.sh
@@ -23,6 +23,11 @@ issue rsa-intermediate rsa-root "$org/CN=Example Org RSA Issuing CA" "$intermedi
 issue rsa-leaf rsa-intermediate "$org/CN=www.example.org" "$(leaf_for www.example.org)"
 show rsa-root >rsa-root.pem
 { show rsa-leaf; show rsa-intermediate; } >rsa-chain.pem
+openssl pkcs12 -export -in "$work/rsa-leaf.pem" -inkey "$work/rsa-leaf.key" \
+    -certfile "$work/rsa-intermediate.pem" -name 'www.example.org' -passout file:password.txt \
+    -out rsa-leaf.p12
+# openssl makes it for the owner alone, but it is no secret and goes where the other files go.
+chmod 644 rsa-leaf.p12
 
 make_key ec-root P-384
 issue ec-root ec-root "$org/CN=Example Org EC Root" "$root_extensions"
