@@ -3,13 +3,25 @@
 #include "SecretFile.h"
 #include "support/pkcs12/Pkcs12Limits.h"
 
-std::string firstError(const LogText& log) {
-    constexpr std::string_view kMark = "ERROR: ";
-    const std::string& text = log.getText();
-    const std::size_t at = text.find(kMark);
+namespace {
+
+constexpr std::string_view kErrorMark = "ERROR: ";
+
+std::string errorAt(const std::string& text, std::size_t at) {
     if (at == std::string::npos)
         return "failed";
-    return text.substr(at + kMark.size(), text.find('\n', at) - at - kMark.size());
+    at += kErrorMark.size();
+    return text.substr(at, text.find('\n', at) - at);
+}
+
+}  // namespace
+
+std::string firstError(const LogText& log) {
+    return errorAt(log.getText(), log.getText().find(kErrorMark));
+}
+
+std::string lastError(const LogText& log) {
+    return errorAt(log.getText(), log.getText().rfind(kErrorMark));
 }
 
 CertificateHolder* addPfxFile(SystemCerts& store, const std::string& path,

@@ -7,8 +7,10 @@
 #include "support/log/LogText.h"
 #include "support/x509/CertificateHolder.h"
 
-// The first error of a log as one line.
+// The first error of a log as one line: what went wrong; and the last: what that meant for the
+// whole.
 std::string firstError(const LogText& log);
+std::string lastError(const LogText& log);
 
 // Reads a PKCS#12 file with the password that `source` gives, and adds its certificates and keys to
 // the store. Returns the leaf, the caller's: the first certificate with a private key, else the

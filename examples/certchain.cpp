@@ -201,7 +201,7 @@ int printChain(SystemCerts& store, X509Certificate& cert, const Options& options
         printMember(i, *static_cast<CertificateHolder*>(chain.elementAt(i))->getCertPtr(log), log);
     std::cout << "root reached: " << (reachedRoot ? "yes" : "no") << std::endl;
     if (!built)
-        return fail(firstError(log));
+        return fail(lastError(log));
     return reachedRoot ? kRootReached : kNoRoot;
 }
 
