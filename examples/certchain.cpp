@@ -5,13 +5,13 @@
 // found by name only for certificates that the store knows. Exit status: 0 root reached, 1 failed,
 // 2 no root.
 
-#include <fstream>
 #include <iostream>
-#include <iterator>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "PfxFile.h"
+#include "SecretFile.h"
 #include "certstore/SystemCerts.h"
 #include "support/log/LogNull.h"
 #include "support/log/LogText.h"
@@ -23,6 +23,9 @@
 #include "support/x509/SignatureVerifier.h"
 
 namespace {
+
+// Bytes of a file with certificates: what is longer is cut, and then refused.
+constexpr unsigned int kMaxFileSize = 64U << 20;
 
 constexpr int kRootReached = 0, kFailed = 1, kNoRoot = 2;
 
@@ -107,18 +110,15 @@ bool addCertificate(SystemCerts& store, DataBuffer& der, CertificateHolder& firs
 
 bool addFile(SystemCerts& store, const std::string& path, CertificateHolder& first,
              std::string& error) {
-    std::ifstream file(path, std::ios::binary);
-    const std::string content{std::istreambuf_iterator<char>(file), {}};
-    if (!file || file.bad()) {
-        error = "cannot read the file";
+    DataBuffer file, der;
+    if (!readSecretFile(path, kMaxFileSize, file, error))
         return false;
-    }
-    DataBuffer der;
+    const std::string_view content = certstore::textOf(file.view());
     LogText problems;
     bool good = true;
     int count = 0;
     if (content.find("-----BEGIN ") == std::string::npos) {
-        der.append(certstore::bytesOf(content));
+        der.append(file.view());
         good = addCertificate(store, der, first, problems);
         count = 1;
     }
