@@ -4,12 +4,17 @@
 
 namespace certstore {
 
+namespace {
+
+// Read anew at every call, so the compiler cannot know that it is memset, and what a function that
+// it does not know writes it must leave in place.
+void* (*const volatile g_overwrite)(void*, int, std::size_t) = std::memset;
+
+}  // namespace
+
 void wipe(void* data, std::size_t size) noexcept {
-    if (size == 0)
-        return;
-    std::memset(data, 0, size);
-    // The empty statement claims to read the memory, so the compiler must leave the zeros there.
-    asm volatile("" : : "r"(data) : "memory");
+    if (size != 0)
+        g_overwrite(data, 0, size);
 }
 
 }  // namespace certstore
