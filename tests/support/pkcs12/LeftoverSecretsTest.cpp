@@ -65,7 +65,20 @@ void* operator new(std::size_t size) {
     return block + kHeader;
 }
 
+// The forms for arrays too: under sanitizers they do not come through the above by themselves.
+void* operator new[](std::size_t size) {
+    return operator new(size);
+}
+
 void operator delete(void* place) noexcept {
+    giveBack(place);
+}
+
+void operator delete[](void* place) noexcept {
+    giveBack(place);
+}
+
+void operator delete[](void* place, std::size_t) noexcept {
     giveBack(place);
 }
 
