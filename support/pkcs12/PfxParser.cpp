@@ -243,16 +243,22 @@ bool PfxParser::readBag(ByteView safeBag, unsigned int depth, Safe& safe) {
     switch (row->type) {
         case BagType::Certificate:
             return readCertBag(content.rest(), attributes.rest(), safe);
-        case BagType::ShroudedKey:
-            return readShroudedKey(content.rest(), attributes.rest(), safe);
         case BagType::SafeContents:
             return readBags(content.rest(), depth + 1, safe);
         case BagType::Key:
+        case BagType::ShroudedKey:
             break;
     }
-    Bag& key = safe.bags.emplace_back();
-    key.item = makeItem(PfxItem::Kind::Key, attributes.rest());
-    key.item->der.append(content.rest());
+    if (++m_keyCount > m_limits.keys)
+        return fail("PKCS#12: over the limit of keys.");
+    return row->type == BagType::Key ? readKeyBag(content.rest(), attributes.rest(), safe)
+                                     : readShroudedKey(content.rest(), attributes.rest(), safe);
+}
+
+bool PfxParser::readKeyBag(ByteView content, ByteView attributes, Safe& safe) {
+    Bag& bag = safe.bags.emplace_back();
+    bag.item = makeItem(PfxItem::Kind::Key, attributes);
+    bag.item->der.append(content);
     return true;
 }
 

@@ -66,6 +66,7 @@ private:
     bool readBags(ByteView safeContents, unsigned int depth, Safe& safe);
     bool readBag(ByteView safeBag, unsigned int depth, Safe& safe);
     bool readCertBag(ByteView content, ByteView attributes, Safe& safe);
+    bool readKeyBag(ByteView content, ByteView attributes, Safe& safe);
     bool readShroudedKey(ByteView content, ByteView attributes, Safe& safe);
     bool verifyMac(const PfxPassword& password, bool& macVerified);
     bool openSafe(const PfxPassword& password, Safe& safe);
@@ -89,7 +90,7 @@ private:
     PfxMac m_mac;
     KdfBudget m_budget;
     std::uint64_t m_workDone = 0;
-    std::size_t m_bagCount = 0;
+    std::size_t m_bagCount = 0, m_keyCount = 0;
     std::size_t m_form = 0;  // of the password: the one that has worked
 };
 

@@ -28,6 +28,10 @@ struct Pkcs12Limits {
 
     // Bags in all safes together. The largest trust stores have some hundred.
     std::size_t bags = 10'000;
+
+    // Private keys. Each is compared with each certificate, so this keeps a file of the most bags
+    // to some seconds; key stores of servers have some hundred.
+    std::size_t keys = 1'000;
 };
 
 }  // namespace certstore

@@ -31,8 +31,7 @@ namespace {
 // without any blocks can make us search.
 constexpr std::size_t kMaxPemSize = std::size_t{64} << 20;
 
-// Blocks of a PEM text, of every label. The largest bundles in use have some thousand; each key is
-// compared with each certificate, which stays a matter of seconds.
+// Blocks of a PEM text, of every label. The largest bundles in use have some thousand.
 constexpr int kMaxPemBlocks = 10'000;
 
 // Hands entries on, with the place that they are about in front of errors.
@@ -187,6 +186,10 @@ CertMgr::Key* CertMgr::addPemKey(const PemBlock& block, PemKeys& keys, LogBase& 
     DataBuffer pkcs8;
     if (!keys.read(block, pkcs8)) {
         log.LogError((keys.problem() + ".").c_str());
+        return nullptr;
+    }
+    if (m_keys.size() >= m_limits.keys) {
+        log.LogError("over the limit of keys.");
         return nullptr;
     }
     auto key = std::make_unique<Key>();

@@ -25,7 +25,8 @@ class PemKeys;
 // operations may throw std::bad_alloc.
 class CertMgr {
 public:
-    // An empty vault. The limits hold for each PEM text and each PKCS#12 file that it reads.
+    // An empty vault. The limits hold for each PEM text and each PKCS#12 file that it reads, that
+    // of the number of keys for all that PEM texts bring.
     explicit CertMgr(const certstore::Pkcs12Limits& limits = {});
     ~CertMgr();
 

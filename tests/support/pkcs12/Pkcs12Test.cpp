@@ -286,7 +286,7 @@ TEST(Pkcs12, ReadsKeysUnderScrypt) {
 }
 
 TEST(Pkcs12, RefusesBombsByTheNameOfTheLimitBeforeAnyWork) {
-    const Bytes manyKeys = plainSafe(repeated(1000, shroudedKey(pbes2(pbkdf2(100'000)))));
+    const Bytes manyKeys = plainSafe(repeated(999, shroudedKey(pbes2(pbkdf2(100'000)))));
     const Bytes manySafes = repeated(1000, encryptedSafe(pbes2(pbkdf2(100'000))));
     const struct {
         const char* sentence;
@@ -309,6 +309,8 @@ TEST(Pkcs12, RefusesBombsByTheNameOfTheLimitBeforeAnyWork) {
          pfxOf(
              plainSafe(repeated(10'001, sequence(oid(OidBytes("1.2.3")) + der(0xa0, "\x05\0"s))))),
          "limit of bags"},
+        {"more keys than any file has", pfxOf(plainSafe(repeated(1'001, keyBag(sequence(""), 1)))),
+         "limit of keys"},
         {"unknown cipher", pfxOf(encryptedSafe(sequence(oid(OidBytes("1.2.3"))))),
          "safe 1: unknown algorithm 1.2.3."},
         {"public-key privacy",
