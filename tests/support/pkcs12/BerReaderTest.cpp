@@ -57,11 +57,9 @@ TEST(BerReader, NestingIsBounded) {
     for (const bool indefinite : {true, false}) {
         Bytes nested{0x05, 0x00};
         for (int depth = 0; depth < 20; ++depth) {
-            Bytes outer{0x30, static_cast<unsigned char>(indefinite ? 0x80 : nested.size())};
-            outer.insert(outer.end(), nested.begin(), nested.end());
-            if (indefinite)
-                outer.insert(outer.end(), {0, 0});
-            nested = outer;
+            const auto size = static_cast<unsigned char>(indefinite ? 0x80 : nested.size());
+            nested.insert(nested.begin(), {0x30, size});
+            nested.resize(nested.size() + (indefinite ? 2 : 0));
         }
         DataBuffer der;
         EXPECT_EQ(readBer(nested, 20, der), BerResult::Good);
