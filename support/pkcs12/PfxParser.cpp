@@ -259,6 +259,7 @@ bool PfxParser::readKeyBag(ByteView content, ByteView attributes, Safe& safe) {
     Bag& bag = safe.bags.emplace_back();
     bag.item = makeItem(PfxItem::Kind::Key, attributes);
     bag.item->der.append(content);
+    bag.item->bag = bagName("key");
     return true;
 }
 
@@ -276,6 +277,7 @@ bool PfxParser::readCertBag(ByteView content, ByteView attributes, Safe& safe) {
     Bag& bag = safe.bags.emplace_back();
     bag.item = makeItem(PfxItem::Kind::Certificate, attributes);
     bag.item->der.append(certificate);
+    bag.item->bag = bagName("certificate");
     return true;
 }
 
@@ -289,6 +291,7 @@ bool PfxParser::readShroudedKey(ByteView content, ByteView attributes, Safe& saf
         || !inner.read(DerTag::OctetString, bag.encryptedKey))
         return fail(bag.name + ": malformed.");
     bag.item = makeItem(PfxItem::Kind::Key, attributes);
+    bag.item->bag = bag.name;
     bag.encrypted = true;
     if (!bag.cipher.read(whole))
         return fail(bag.name + ": " + bag.cipher.problem() + ".");

@@ -22,6 +22,7 @@ struct PfxItem {
     DataBuffer der;  // the certificate, or the key as PKCS#8; secure
     DataBuffer localKeyId;
     StringBuffer friendlyName;
+    std::string bag;  // where it stands in the file, for a log: "certificate bag 2"
 };
 
 // The certificates and keys of a file, in its order.

@@ -1,5 +1,6 @@
 #include "support/pkcs12/Pkcs12.h"
 
+#include "support/log/LogPlace.h"
 #include "support/pkcs12/PfxParser.h"
 #include "support/x509/KeyCodec.h"
 
@@ -100,9 +101,11 @@ bool Pkcs12::pkcs12FromDb(const DataBuffer& pfx, const char* password, bool& mac
     if (!parser.parse(pfx.view(), forms, items, hadMac))
         return false;
     auto contents = std::make_unique<Contents>();
-    for (auto& item : items)
-        if (!contents->add(std::move(item), log))
+    for (auto& item : items) {
+        certstore::LogPlace place(log, item->bag + ": ");
+        if (!contents->add(std::move(item), place))
             return false;
+    }
     contents->attachKeys(log);
     m_contents = std::move(contents);
     macVerified = hadMac;

@@ -4,12 +4,14 @@
 #include <utility>
 
 #include "support/asn1/DerReader.h"
+#include "support/log/LogPlace.h"
 #include "support/pkcs12/Pkcs12.h"
 #include "support/vault/PemBody.h"
 #include "support/vault/PemKeys.h"
 #include "support/x509/KeyCodec.h"
 
 using certstore::KeyMatch;
+using certstore::LogPlace;
 using certstore::PemBlock;
 using certstore::PemKeys;
 
@@ -34,24 +36,6 @@ constexpr std::size_t kMaxPemSize = std::size_t{64} << 20;
 // Blocks of a PEM text, of every label. The largest bundles in use have some thousand.
 constexpr int kMaxPemBlocks = 10'000;
 
-// Hands entries on, with the place that they are about in front of errors.
-class PlaceLog final : public LogBase {
-public:
-    PlaceLog(LogBase& log, std::string place) : m_log(log), m_place(std::move(place)) {
-        m_verboseLogging = log.m_verboseLogging;
-    }
-
-    void LogError(const char* message) override { m_log.LogError((m_place + message).c_str()); }
-    void LogInfo(const char* message) override { m_log.LogInfo(message); }
-    void EnterContext(const char* name) override { m_log.EnterContext(name); }
-    void LeaveContext() noexcept override { m_log.LeaveContext(); }
-    void LogData(const char* tag, const char* value) override { m_log.LogData(tag, value); }
-
-private:
-    LogBase& m_log;
-    const std::string m_place;
-};
-
 std::string blockName(int number, std::string_view label) {
     return "block " + std::to_string(number) + ", " + std::string(label) + ": ";
 }
@@ -72,7 +56,7 @@ bool reportCutBlock(std::string_view between, int number, LogBase& log) {
         const std::string_view label = line.substr(0, line.find(kDashes));
         if (!isOurLabel(label))
             continue;
-        PlaceLog(log, "PEM before " + blockName(number, label)).LogError("its end is missing.");
+        LogPlace(log, "PEM before " + blockName(number, label)).LogError("its end is missing.");
         return true;
     }
     return false;
@@ -144,7 +128,7 @@ bool CertMgr::addPemBlocks(std::string_view pem, const char* password, std::vect
         }
         if (!more || !isOurLabel(block.label))
             continue;
-        PlaceLog place(log, "PEM " + blockName(number, block.label));
+        LogPlace place(log, "PEM " + blockName(number, block.label));
         items.push_back(addPemBlock(block, keys, place));
         good = good && (items.back().cert || items.back().key);
     }

@@ -54,29 +54,24 @@ bool _zvPublicKey::isExportable() const noexcept {
     return key && !key->isNotExportable();
 }
 
-bool _zvPublicKey::fits(certstore::ByteView pkcs8, LogBase& log) const {
+certstore::KeyMatch _zvPublicKey::matchEncoded(certstore::ByteView pkcs8) const noexcept {
     certstore::PrivateKeyInfo privateInfo;
     certstore::PublicKeyInfo publicInfo;
-    if (pkcs8.size() > kMaxPrivateKeySize || !readPrivateKeyInfo(pkcs8, privateInfo)) {
-        log.LogError("Not an unencrypted PKCS#8 private key.");
-        return false;
-    }
-    if (!m_spki.empty() && readPublicKeyInfo(m_spki, publicInfo)
-        && matchKeys(privateInfo, publicInfo) == certstore::KeyMatch::Different) {
-        log.LogError("The private key does not belong to the public key.");
-        return false;
-    }
-    return true;
+    if (!readPrivateKeyInfo(pkcs8, privateInfo) || !readPublicKeyInfo(m_spki, publicInfo))
+        return certstore::KeyMatch::Unknown;
+    return matchKeys(privateInfo, publicInfo);
 }
 
 certstore::KeyMatch _zvPublicKey::match(const _zvPublicKey& other) const noexcept {
-    certstore::PrivateKeyInfo privateInfo;
-    certstore::PublicKeyInfo publicInfo;
     const PrivateKey* key = other.m_private.load(std::memory_order_acquire);
-    if (!key || !readPrivateKeyInfo(key->pkcs8(), privateInfo)
-        || !readPublicKeyInfo(m_spki, publicInfo))
-        return certstore::KeyMatch::Unknown;
-    return matchKeys(privateInfo, publicInfo);
+    return key ? matchEncoded(key->pkcs8()) : certstore::KeyMatch::Unknown;
+}
+
+bool _zvPublicKey::belongs(certstore::ByteView pkcs8, LogBase& log) const {
+    if (matchEncoded(pkcs8) != certstore::KeyMatch::Different)
+        return true;
+    log.LogError("The private key does not belong to the public key.");
+    return false;
 }
 
 bool _zvPublicKey::publish(const PrivateKey* key, LogBase& log) {
@@ -89,7 +84,12 @@ bool _zvPublicKey::publish(const PrivateKey* key, LogBase& log) {
 }
 
 bool _zvPublicKey::loadPrivateKeyDer(const DataBuffer& pkcs8, LogBase& log) {
-    return fits(pkcs8.view(), log) && publish(new PrivateKey(pkcs8.view()), log);
+    certstore::PrivateKeyInfo info;
+    if (pkcs8.getSize() > kMaxPrivateKeySize || !readPrivateKeyInfo(pkcs8.view(), info)) {
+        log.LogError("Not an unencrypted PKCS#8 private key.");
+        return false;
+    }
+    return belongs(pkcs8.view(), log) && publish(new PrivateKey(pkcs8.view()), log);
 }
 
 bool _zvPublicKey::takePrivateKeyFrom(const _zvPublicKey& other, LogBase& log) {
@@ -98,7 +98,7 @@ bool _zvPublicKey::takePrivateKeyFrom(const _zvPublicKey& other, LogBase& log) {
         log.LogError("The key object holds no private key.");
         return false;
     }
-    if (!fits(key->pkcs8(), log))
+    if (!belongs(key->pkcs8(), log))
         return false;
     key->addUser();
     return publish(key, log);

@@ -58,7 +58,8 @@ public:
 
 private:
     bool publish(const certstore::PrivateKey* key, LogBase& log);
-    bool fits(certstore::ByteView pkcs8, LogBase& log) const;
+    certstore::KeyMatch matchEncoded(certstore::ByteView pkcs8) const noexcept;
+    bool belongs(certstore::ByteView pkcs8, LogBase& log) const;
 
     certstore::ByteView m_spki;
     std::atomic<const certstore::PrivateKey*> m_private{nullptr};

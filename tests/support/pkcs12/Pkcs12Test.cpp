@@ -270,6 +270,27 @@ TEST(Pkcs12, KeysGoToTheirCertificatesWhateverIdentifiersSay) {
     }
 }
 
+TEST(Pkcs12, NamesTheBagOfWhatIsMalformed) {
+    const Bytes brokenCert =
+        sequence(oid(OidBytes("1.2.840.113549.1.9.22.1")) + der(0xa0, der(0x04, "no certificate")));
+    const Bytes certs = certBag("leaf.pem", 1)
+        + sequence(oid(OidBytes("1.2.840.113549.1.12.10.1.3")) + der(0xa0, brokenCert));
+    const Bytes keys = certBag("leaf.pem", 1) + keyBag(sequence(""), 1);
+    for (const auto& [bags, error] :
+         {std::pair(certs,
+                    "certificate bag 2: Not a certificate: cannot read certificate at byte 0."),
+          std::pair(keys, "key bag 2: Not an unencrypted PKCS#8 private key.")}) {
+        DataBuffer pfx;
+        pfx.append(bytesOf(pfxOf(plainSafe(bags))));
+        Pkcs12 container;
+        LogText log;
+        bool macVerified = false;
+        EXPECT_FALSE(container.pkcs12FromDb(pfx, nullptr, macVerified, log));
+        EXPECT_EQ(errorIn(log), error);
+        EXPECT_EQ(container.get_NumCerts(), 0);
+    }
+}
+
 TEST(Pkcs12, ReadsKeysUnderScrypt) {
     const Bytes encrypted = testfiles::readFile(testfiles::data("leaf-scrypt.p8"));
     const Bytes bag = sequence(oid(OidBytes("1.2.840.113549.1.12.10.1.2")) + der(0xa0, encrypted));
