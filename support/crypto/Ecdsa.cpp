@@ -30,14 +30,14 @@ Number<kCount> truncateDigest(ByteView digest, std::size_t orderBits) noexcept {
 
 // Whether x mod n = r for the affine x of the point. As x may exceed n, r + n is a candidate, too.
 // Comparing x / z^2 multiplied out saves the inversion.
-template <std::size_t kCount>
-bool hasCoordinate(const EcGroup<kCount>& group, const typename EcGroup<kCount>::Point& point,
-                   Number<kCount> r) noexcept {
+template <class Group>
+bool hasCoordinate(const Group& group, const typename Group::Point& point,
+                   typename Group::Field::Integer r) noexcept {
     if (point.isInfinity())
         return false;
     const auto& field = group.field();
     const auto zz = field.square(point.z);
-    const auto matches = [&](const Number<kCount>& candidate) {
+    const auto matches = [&](const auto& candidate) {
         return isLess(candidate, field.prime())
             && field.multiply(field.encode(candidate), zz) == point.x;
     };
@@ -63,7 +63,7 @@ bool verifyOn(Curve curve, ByteView publicPoint, ByteView digest, Signature sign
     if (!q)
         return false;
     const auto e = truncateDigest<Curve::kLimbs>(digest, group.orderBits());
-    const auto w = scalars.invert(scalars.encode(*s));
+    const auto w = scalars.invertPublic(scalars.encode(*s));
     const auto u = scalars.decode(scalars.multiply(scalars.encode(e), w));
     const auto v = scalars.decode(scalars.multiply(scalars.encode(*r), w));
     return hasCoordinate(group, curve.multiplier().multiply(u, v, *q), *r);
