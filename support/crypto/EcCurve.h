@@ -156,4 +156,8 @@ std::size_t fieldBytes(EcCurveId id) noexcept;
 // it: uncompressed (04 X Y), or compressed (02 X, 03 X).
 bool isCurvePoint(EcCurveId id, ByteView octets) noexcept;
 
+// Whether the unsigned big-endian number, zeros in front allowed, is from 1 to the order of the
+// generator less 1. For public numbers.
+bool isCurveScalar(EcCurveId id, ByteView octets) noexcept;
+
 }  // namespace certstore

@@ -42,6 +42,9 @@ public:
     // hybrid forms, coordinates that are not below the prime, and points off the curve.
     std::optional<AffinePoint> decodePoint(ByteView octets) const noexcept;
 
+    // A number from 1 to the order less 1, unsigned big-endian; nothing for any other.
+    std::optional<typename Field::Integer> decodeScalar(ByteView octets) const noexcept;
+
     Point toPoint(const AffinePoint& p) const noexcept { return {p.x, p.y, m_field.one()}; }
     Point twice(const Point& p) const noexcept;
     Point add(const Point& p, const Point& q) const noexcept;
@@ -104,6 +107,15 @@ auto EcGroup<Field>::decodePoint(ByteView octets) const noexcept -> std::optiona
     if (!y || m_field.square(*y) != cubicAt(*x))
         return std::nullopt;
     return AffinePoint{*x, *y};
+}
+
+template <class Field>
+auto EcGroup<Field>::decodeScalar(ByteView octets) const noexcept
+    -> std::optional<typename Field::Integer> {
+    typename Field::Integer scalar;
+    if (!loadLimbs(octets, scalar) || isZero(scalar) || !isLess(scalar, m_scalars.prime()))
+        return std::nullopt;
+    return scalar;
 }
 
 template <class Field>

@@ -1,20 +1,11 @@
 #include "support/crypto/Ecdsa.h"
 
 #include <algorithm>
-#include <optional>
 
 #include "support/crypto/EcCurveVisit.h"
 
 namespace certstore {
 namespace {
-
-template <std::size_t kCount>
-std::optional<Number<kCount>> readScalar(ByteView octets, const Number<kCount>& order) noexcept {
-    Number<kCount> scalar;
-    if (!loadLimbs(octets, scalar) || isZero(scalar) || !isLess(scalar, order))
-        return std::nullopt;
-    return scalar;
-}
 
 // The leading bits of the digest, as many as the order has: a number that may still exceed the
 // order.
@@ -55,8 +46,8 @@ template <class Curve>
 bool verifyOn(Curve curve, ByteView publicPoint, ByteView digest, Signature signature) noexcept {
     const auto& group = curve.group();
     const auto& scalars = group.scalars();
-    const auto r = readScalar(signature.r, scalars.prime());
-    const auto s = readScalar(signature.s, scalars.prime());
+    const auto r = group.decodeScalar(signature.r);
+    const auto s = group.decodeScalar(signature.s);
     if (!r || !s)
         return false;
     const auto q = group.decodePoint(publicPoint);
