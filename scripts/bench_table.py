@@ -1,0 +1,100 @@
+#!/usr/bin/env python3
+"""Writes a Markdown table for each report of a benchmark program.
+
+    bench_table.py REPORT.json... >table.md
+
+The reports are those of Google Benchmark (--benchmark_out_format=json). Benchmarks are named
+"workload|library" or "workload|library/N:100000" (bench/common/Bench.h): the former makes the row,
+the latter the column. A cell is the median of the repetitions, and how many times ours it takes.
+"""
+
+import json
+import os
+import re
+import statistics
+import sys
+
+OURS = "certstore"
+NANOSECONDS = {"ns": 1, "us": 1e3, "ms": 1e6, "s": 1e9}
+# What Google Benchmark itself puts behind a name.
+OPTION = re.compile(r"(manual_time|real_time|process_time|(min_time|min_warmup_time|iterations"
+                    r"|repeats):.*)$")
+
+
+def read_report(path):
+    """The context, and {(workload, N): {library: nanoseconds or text of a failure}}, both in the
+    order of registration. N is None or the number behind "/N:"; other labels stay in the workload."""
+    with open(path, encoding="utf-8") as file:
+        report = json.load(file)
+    times, failures = {}, {}
+    # The report itself is in the order of running, which interleaving makes random.
+    for run in sorted(report["benchmarks"],
+                      key=lambda run: (run["family_index"], run["per_family_instance_index"])):
+        workload, _, rest = run["run_name"].rpartition("|")
+        library, *labels = rest.split("/")
+        by_wall = "manual_time" in labels or "real_time" in labels
+        labels = [label for label in labels if not OPTION.match(label)]
+        size = next((int(label[2:]) for label in labels if label.startswith("N:")), None)
+        workload = "/".join([workload] + [label for label in labels if not label.startswith("N:")])
+        key = workload, size, library
+        times.setdefault(key, {"median": [], "single": []})
+        if run.get("error_occurred"):
+            failures[key] = run["error_message"]
+        elif run["run_type"] == "iteration" or run["aggregate_name"] == "median":
+            kind = "single" if run["run_type"] == "iteration" else "median"
+            time = run["real_time" if by_wall else "cpu_time"]
+            times[key][kind].append(time * NANOSECONDS[run["time_unit"]])
+    rows = {}
+    for key, found in times.items():
+        value = failures.get(key) or statistics.median(found["median"] or found["single"])
+        rows.setdefault(key[:2], {})[key[2]] = value
+    return report["context"], rows
+
+
+def as_time(nanoseconds):
+    units = ("s", 1e9), ("ms", 1e6), ("µs", 1e3), ("ns", 1)
+    unit, size = next((unit for unit in units if nanoseconds >= unit[1]), units[-1])
+    number = nanoseconds / size
+    return f"{number:.{2 if number < 10 else 1 if number < 100 else 0}f} {unit}"
+
+
+def cell(row, library):
+    value, ours = row.get(library), row.get(OURS)
+    if value is None:
+        return ""
+    if isinstance(value, str):
+        return "— " + value.replace("|", "/")
+    if library == OURS or not isinstance(ours, float):
+        return as_time(value)
+    return f"{as_time(value)} ({value / ours:.2f})"
+
+
+def write_table(rows):
+    libraries = list(dict.fromkeys(library for row in rows.values() for library in row))
+    libraries.sort(key=lambda library: library != OURS)
+    print("| Workload | " + " | ".join(libraries) + " |")
+    print("|---" * (len(libraries) + 1) + "|")
+    for (workload, size), row in rows.items():
+        name = workload if size is None else f"{workload}, N = {size:,}"
+        print(f"| {name} | " + " | ".join(cell(row, library) for library in libraries) + " |")
+
+
+def main(paths):
+    heading = None
+    for path in paths:
+        context, rows = read_report(path)
+        lines = [f"{key.capitalize()}: {context[key]}" for key in ("processor", "compiler", "peers")
+                 if context.get(key)]
+        print(f"## {os.path.splitext(os.path.basename(path))[0]}\n")
+        if lines != heading:
+            print("  \n".join(lines))
+            print(f"\nMedians of one run; in parentheses the time as a multiple of {OURS}'s.\n")
+            heading = lines
+        write_table(rows)
+        print()
+
+
+if __name__ == "__main__":
+    if len(sys.argv) < 2:
+        sys.exit(__doc__)
+    main(sys.argv[1:])
