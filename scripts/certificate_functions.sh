@@ -18,12 +18,22 @@ ca_extensions=$'basicConstraints=critical,CA:TRUE\nkeyUsage=critical,keyCertSign
 leaf_extensions=$'basicConstraints=critical,CA:FALSE\nkeyUsage=critical,digitalSignature'
 }
 
-# make_key NAME [P-256|P-384|ED25519|RSA bits]
+# make_key NAME [curve|ED25519|ED448|RSA bits|RSA-PSS|DSA]: an RSA-PSS key may sign only with SHA-256
+# and a salt of 32 bytes; it and the DSA key have 2,048 bits.
 make_key() {
     local name=$1 kind=${2:-P-256}
     case $kind in
-        P-*) openssl genpkey -quiet -algorithm EC -pkeyopt "ec_paramgen_curve:$kind" ;;
-        ED25519) openssl genpkey -quiet -algorithm ED25519 ;;
+        P-* | prime* | secp* | brainpool*)
+            openssl genpkey -quiet -algorithm EC -pkeyopt "ec_paramgen_curve:$kind" ;;
+        ED*) openssl genpkey -quiet -algorithm "$kind" ;;
+        RSA-PSS)
+            openssl genpkey -quiet -algorithm RSA-PSS -pkeyopt rsa_keygen_bits:2048 \
+                -pkeyopt rsa_pss_keygen_md:sha256 -pkeyopt rsa_pss_keygen_mgf1_md:sha256 \
+                -pkeyopt rsa_pss_keygen_saltlen:32 ;;
+        DSA)
+            openssl genpkey -quiet -genparam -algorithm DSA -pkeyopt dsa_paramgen_bits:2048 \
+                -pkeyopt dsa_paramgen_q_bits:256 -out "$work/dsa"
+            openssl genpkey -quiet -paramfile "$work/dsa" ;;
         *) openssl genpkey -quiet -algorithm RSA -pkeyopt "rsa_keygen_bits:$kind" ;;
     esac >"$work/$name.key"
 }
@@ -38,7 +48,8 @@ request() {
 # issue NAME ISSUER SUBJECT EXTENSIONS: certificate of SUBJECT for the key of NAME, signed by
 # ISSUER; self-signed when both names are the same. EXTENSIONS are lines of an extension section;
 # none give version 1. A missing key is made (P-256). Variables put in front change the rest:
-# digest, serial (hexadecimal; random without), not_before and not_after (YYYYMMDDHHMMSSZ).
+# digest, serial (hexadecimal; random without), not_before and not_after (YYYYMMDDHHMMSSZ),
+# sign_options (further options of `openssl ca`, between blanks).
 issue() {
     local name=$1 issuer=$2 subject=$3 extensions=$4 signer
     [[ -e $work/$name.key ]] || make_key "$name"
@@ -56,8 +67,9 @@ issue() {
     } >"$work/ca/conf"
     signer=(-cert "$work/$issuer.pem")
     [[ $name != "$issuer" ]] || signer=(-selfsign)
+    # shellcheck disable=SC2086
     if ! openssl ca -config "$work/ca/conf" -batch -preserveDN -notext "${signer[@]}" \
-        -keyfile "$work/$issuer.key" -startdate "${not_before:-20200101000000Z}" \
+        ${sign_options:-} -keyfile "$work/$issuer.key" -startdate "${not_before:-20200101000000Z}" \
         -enddate "${not_after:-20991231235959Z}" -in "$work/request.csr" \
         -out "$work/$name.pem" 2>"$work/ca/log"; then
         cat "$work/ca/log" >&2

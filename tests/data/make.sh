@@ -334,3 +334,4 @@ make_oddities
 make_names
 make_bundles
 ./make_keys.sh
+./make_algorithms.sh

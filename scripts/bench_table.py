@@ -1,0 +1,106 @@
+#!/usr/bin/env python3
+"""Writes a Markdown table for each report of a benchmark program.
+
+    bench_table.py REPORT.json... >table.md
+
+The reports are those of Google Benchmark (--benchmark_out_format=json). Benchmarks are named
+"workload|library" or "workload|library/N:100000" (bench/common/Bench.h): the former makes the row,
+the latter the column. A cell is the median of the repetitions (of a report without medians the last
+of them), and how many times ours it takes; or why there is no time.
+"""
+
+import json
+import os
+import re
+import sys
+
+OURS = "certstore"
+NANOSECONDS = {"ns": 1, "us": 1e3, "ms": 1e6, "s": 1e9}
+# What Google Benchmark itself puts behind a name.
+OPTION = re.compile(r"(manual_time|real_time|process_time|(min_time|min_warmup_time|iterations"
+                    r"|repeats):.*)$")
+
+
+def parse_name(name):
+    """((workload, N), library, whether its "real" time counts). N is None or the number
+    behind "/N:"; labels that mean nothing here stay in the workload."""
+    workload, _, rest = name.rpartition("|")
+    library, *labels = rest.split("/")
+    by_real = "real_time" in labels or "manual_time" in labels
+    size = None
+    for label in labels:
+        if label.startswith("N:"):
+            size = int(label[2:])
+        elif not OPTION.match(label):
+            workload += "/" + label
+    return (workload, size), library, by_real
+
+
+def read_report(path):
+    """The context, and {(workload, N): {library: nanoseconds or text of a failure}} in the order of
+    registration: the report itself is in that of running, which interleaving makes random."""
+    with open(path, encoding="utf-8") as file:
+        report = json.load(file)
+    runs = sorted(report["benchmarks"],
+                  key=lambda run: (run["family_index"], run["per_family_instance_index"]))
+    rows = {}
+    for run in runs:
+        key, library, by_real = parse_name(run["run_name"])
+        row = rows.setdefault(key, {})
+        if run.get("error_occurred"):
+            row[library] = run["error_message"]
+        elif run.get("aggregate_name", "median") == "median":
+            time = run["real_time" if by_real else "cpu_time"]
+            row[library] = time * NANOSECONDS[run["time_unit"]]
+    return report["context"], rows
+
+
+def as_time(nanoseconds):
+    units = ("s", 1e9), ("ms", 1e6), ("µs", 1e3), ("ns", 1)
+    unit, size = next((unit for unit in units if nanoseconds >= unit[1]), units[-1])
+    number = nanoseconds / size
+    return f"{number:.{2 if number < 10 else 1 if number < 100 else 0}f} {unit}"
+
+
+def cell(row, library):
+    value, ours = row.get(library), row.get(OURS)
+    if value is None:
+        return ""
+    if isinstance(value, str):
+        return "— " + value.replace("|", "/")
+    if library == OURS or not isinstance(ours, float):
+        return as_time(value)
+    return f"{as_time(value)} ({value / ours:.2f})"
+
+
+def write_table(rows):
+    libraries = list(dict.fromkeys(library for row in rows.values() for library in row))
+    libraries.sort(key=lambda library: library != OURS)
+    print("| Workload | " + " | ".join(libraries) + " |")
+    print("|---" * (len(libraries) + 1) + "|")
+    for (workload, size), row in rows.items():
+        name = workload if size is None else f"{workload}, N = {size:,}"
+        print(f"| {name} | " + " | ".join(cell(row, library) for library in libraries) + " |")
+
+
+def main(paths):
+    heading = None
+    for path in paths:
+        context, rows = read_report(path)
+        lines = [f"{key.capitalize()}: {context[key]}" for key in ("processor", "compiler", "peers")
+                 if context.get(key)]
+        print(f"## {os.path.splitext(os.path.basename(path))[0]}\n")
+        if lines != heading:
+            print("  \n".join(lines))
+            print(f"\nMedians of one run; in parentheses the time as a multiple of {OURS}'s.\n")
+            heading = lines
+        if context.get("note"):
+            print(context["note"] + "\n")
+        write_table(rows)
+        print()
+
+
+if __name__ == "__main__":
+    if len(sys.argv) < 2:
+        sys.exit(__doc__)
+    main(sys.argv[1:])
