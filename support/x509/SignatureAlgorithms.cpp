@@ -8,7 +8,7 @@ namespace {
 
 using enum DigestAlgorithm;
 
-// RFC 3279, 4055, 5758; the most frequent ones first.
+// RFC 3279, 4055, 5758, 8410; the most frequent ones first.
 constexpr SignatureAlgorithm kAlgorithms[] = {
     {OidBytes("1.2.840.113549.1.1.11"), "sha256WithRSAEncryption", kRsaPkcs1, Sha256},
     {OidBytes("1.2.840.10045.4.3.2"), "ecdsa-with-SHA256", kEcdsa, Sha256},
@@ -26,6 +26,8 @@ constexpr SignatureAlgorithm kAlgorithms[] = {
     {OidBytes("2.16.840.1.101.3.4.3.10"), "ecdsa-with-SHA3-256", kEcdsa, Sha3_256},
     {OidBytes("2.16.840.1.101.3.4.3.11"), "ecdsa-with-SHA3-384", kEcdsa, Sha3_384},
     {OidBytes("2.16.840.1.101.3.4.3.12"), "ecdsa-with-SHA3-512", kEcdsa, Sha3_512},
+    {OidBytes("1.3.101.112"), "Ed25519", kEd25519},
+    {OidBytes("1.3.101.113"), "Ed448", kEd448},
 
     {OidBytes("1.2.840.113549.1.1.4"), "md5WithRSAEncryption", kBrokenDigest},
     {OidBytes("1.3.14.3.2.3"), "md5WithRSA", kBrokenDigest},

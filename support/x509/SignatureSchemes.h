@@ -42,6 +42,15 @@ const char* verifyEcdsaScheme(const SignatureInput& input);
 inline constexpr OidBytes kEcdsaKeys[] = {OidBytes("1.2.840.10045.2.1")};
 inline constexpr SignatureScheme kEcdsa{verifyEcdsaScheme, kEcdsaKeys};
 
+// EdDSA (RFC 8032, the pure variants) without parameters (RFC 8410 section 3). The algorithm of the
+// signature and that of the key have one OID.
+const char* verifyEd25519Scheme(const SignatureInput& input);
+inline constexpr OidBytes kEd25519Keys[] = {OidBytes("1.3.101.112")};
+inline constexpr SignatureScheme kEd25519{verifyEd25519Scheme, kEd25519Keys};
+const char* verifyEd448Scheme(const SignatureInput& input);
+inline constexpr OidBytes kEd448Keys[] = {OidBytes("1.3.101.113")};
+inline constexpr SignatureScheme kEd448{verifyEd448Scheme, kEd448Keys};
+
 // Known by name, and always refused: messages with the same MD2, MD4 or MD5 digest can be made, and
 // have been to forge CA certificates (RFC 6149, 6150, 6151).
 inline constexpr SignatureScheme kBrokenDigest{};
