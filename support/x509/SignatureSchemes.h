@@ -20,6 +20,10 @@ using SignatureScheme = const char* (*)(const SignatureInput&);
 // RSASSA-PKCS1-v1_5 (RFC 8017 section 8.2), its parameters NULL or absent (RFC 4055 section 5).
 const char* verifyRsaPkcs1Scheme(const SignatureInput& input);
 
+// RSASSA-PSS (RFC 8017 section 8.1) with the digest that its parameters name. They must be there
+// (RFC 4055 section 3.1), and keep to what a key of that algorithm asks for (section 3.3).
+const char* verifyRsaPssScheme(const SignatureInput& input);
+
 // ECDSA (FIPS 186-5, RFC 5480) on named curves. Its parameters, which should be absent (RFC 5758
 // section 3.2), are not looked at: CAs have written NULL and more there, and nothing depends on it.
 const char* verifyEcdsaScheme(const SignatureInput& input);

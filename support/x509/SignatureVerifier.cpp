@@ -37,6 +37,20 @@ constexpr SignatureAlgorithm kAlgorithms[] = {
     {OidBytes("1.2.840.10045.4.3.1"), "ecdsa-with-SHA224", verifyEcdsaScheme,
      DigestAlgorithm::Sha224},
     {OidBytes("1.2.840.10045.4.1"), "ecdsa-with-SHA1", verifyEcdsaScheme, DigestAlgorithm::Sha1},
+    // Its parameters name the digest.
+    {OidBytes("1.2.840.113549.1.1.10"), "rsassaPss", verifyRsaPssScheme, DigestAlgorithm::Sha1},
+    {OidBytes("1.2.840.113549.1.1.15"), "sha512-224WithRSAEncryption", verifyRsaPkcs1Scheme,
+     DigestAlgorithm::Sha512_224},
+    {OidBytes("1.2.840.113549.1.1.16"), "sha512-256WithRSAEncryption", verifyRsaPkcs1Scheme,
+     DigestAlgorithm::Sha512_256},
+    {OidBytes("2.16.840.1.101.3.4.3.13"), "id-rsassa-pkcs1-v1-5-with-sha3-224",
+     verifyRsaPkcs1Scheme, DigestAlgorithm::Sha3_224},
+    {OidBytes("2.16.840.1.101.3.4.3.14"), "id-rsassa-pkcs1-v1-5-with-sha3-256",
+     verifyRsaPkcs1Scheme, DigestAlgorithm::Sha3_256},
+    {OidBytes("2.16.840.1.101.3.4.3.15"), "id-rsassa-pkcs1-v1-5-with-sha3-384",
+     verifyRsaPkcs1Scheme, DigestAlgorithm::Sha3_384},
+    {OidBytes("2.16.840.1.101.3.4.3.16"), "id-rsassa-pkcs1-v1-5-with-sha3-512",
+     verifyRsaPkcs1Scheme, DigestAlgorithm::Sha3_512},
 };
 
 // Takes an AlgorithmIdentifier apart; the parser has made sure that it is one.
