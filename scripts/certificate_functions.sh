@@ -18,11 +18,16 @@ ca_extensions=$'basicConstraints=critical,CA:TRUE\nkeyUsage=critical,keyCertSign
 leaf_extensions=$'basicConstraints=critical,CA:FALSE\nkeyUsage=critical,digitalSignature'
 }
 
-# make_key NAME [P-256|P-384|ED25519|RSA bits]
+# make_key NAME [P-256|P-384|ED25519|RSA bits|PSS]; PSS: RSA-2048 for RSASSA-PSS with SHA-256 alone.
 make_key() {
     local name=$1 kind=${2:-P-256}
     case $kind in
         P-*) openssl genpkey -quiet -algorithm EC -pkeyopt "ec_paramgen_curve:$kind" ;;
+        PSS)
+            openssl genpkey -quiet -algorithm RSA-PSS -pkeyopt rsa_keygen_bits:2048 \
+                -pkeyopt rsa_pss_keygen_md:sha256 -pkeyopt rsa_pss_keygen_mgf1_md:sha256 \
+                -pkeyopt rsa_pss_keygen_saltlen:32
+            ;;
         ED25519) openssl genpkey -quiet -algorithm ED25519 ;;
         *) openssl genpkey -quiet -algorithm RSA -pkeyopt "rsa_keygen_bits:$kind" ;;
     esac >"$work/$name.key"
@@ -38,7 +43,8 @@ request() {
 # issue NAME ISSUER SUBJECT EXTENSIONS: certificate of SUBJECT for the key of NAME, signed by
 # ISSUER; self-signed when both names are the same. EXTENSIONS are lines of an extension section;
 # none give version 1. A missing key is made (P-256). Variables put in front change the rest:
-# digest, serial (hexadecimal; random without), not_before and not_after (YYYYMMDDHHMMSSZ).
+# digest, serial (hexadecimal; random without), not_before and not_after (YYYYMMDDHHMMSSZ), pss_salt
+# (bytes of salt; asks for RSASSA-PSS).
 issue() {
     local name=$1 issuer=$2 subject=$3 extensions=$4 signer
     [[ -e $work/$name.key ]] || make_key "$name"
@@ -56,6 +62,8 @@ issue() {
     } >"$work/ca/conf"
     signer=(-cert "$work/$issuer.pem")
     [[ $name != "$issuer" ]] || signer=(-selfsign)
+    [[ -z ${pss_salt:-} ]] \
+        || signer+=(-sigopt rsa_padding_mode:pss -sigopt "rsa_pss_saltlen:$pss_salt")
     if ! openssl ca -config "$work/ca/conf" -batch -preserveDN -notext "${signer[@]}" \
         -keyfile "$work/$issuer.key" -startdate "${not_before:-20200101000000Z}" \
         -enddate "${not_after:-20991231235959Z}" -in "$work/request.csr" \

@@ -10,8 +10,8 @@
 #include <string>
 
 #include "support/asn1/DerReader.h"
+#include "support/crypto/Digest.h"
 #include "support/crypto/Ecdsa.h"
-#include "support/crypto/RsaPkcs1.h"
 #include "tests/common/TestFiles.h"
 #include "tests/support/crypto/Bytes.h"
 
@@ -30,14 +30,6 @@ const std::map<std::string, EcCurveId> kCurves = {{"secp256r1", EcCurveId::P256}
 
 Bytes hexOf(const Json& object, const char* name) {
     return fromHex(object.at(name).get<std::string>());
-}
-
-bool verifyRsaTest(const Json& group, const Json& test) {
-    const Bytes modulus = hexOf(group.at("publicKey"), "modulus");
-    const Bytes exponent = hexOf(group.at("publicKey"), "publicExponent");
-    const DigestAlgorithm algorithm = kDigests.at(group.at("sha"));
-    const DigestValue digest = computeDigest(algorithm, hexOf(test, "msg"));
-    return verifyRsaPkcs1({modulus, exponent}, algorithm, digest.view(), hexOf(test, "sig"));
 }
 
 bool verifyEcdsaTest(const Json& group, const Json& test) {
@@ -96,10 +88,6 @@ void checkSuite(const Suite& suite) {
     EXPECT_GT(counts["invalid"], 0);
     for (const auto& [result, count] : counts)
         std::cout << "    " << result << ": " << count << '\n';
-}
-
-TEST(SignatureVectorsTest, RsaPkcs1) {
-    checkSuite({"rsa_signature_", verifyRsaTest});
 }
 
 TEST(SignatureVectorsTest, Ecdsa) {

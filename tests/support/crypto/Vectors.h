@@ -7,6 +7,7 @@
 #include <iostream>
 #include <nlohmann/json.hpp>
 #include <string>
+#include <vector>
 
 #include "tests/common/TestFiles.h"
 #include "tests/support/crypto/Bytes.h"
@@ -17,6 +18,17 @@ using Json = nlohmann::json;
 
 inline Bytes hexOf(const Json& object, const char* name) {
     return fromHex(object.at(name).get<std::string>());
+}
+
+// The names of the files that begin like this; none when this build has no vectors.
+inline std::vector<std::string> listVectorFiles(const std::string& prefix) {
+    std::vector<std::string> names;
+    const std::filesystem::path folder = testfiles::vectors() / "sigvec";
+    if (!testfiles::vectors().empty() && std::filesystem::exists(folder))
+        for (const auto& file : std::filesystem::directory_iterator(folder))
+            if (file.path().filename().string().starts_with(prefix))
+                names.push_back(file.path().filename().string());
+    return names;
 }
 
 // Calls check(group, test) for every test of a file and says how many there were. Skips the running
