@@ -244,6 +244,8 @@ TEST(Signatures, VerifyOrSayWhyNot) {
         {"RSA SHA-256", "rsa-leaf.pem", "rsa-root.pem", ""},
         {"RSA SHA-384", "rsa-leaf-sha384.pem", "rsa-root.pem", ""},
         {"RSA SHA-512", "rsa-leaf-sha512.pem", "rsa-root.pem", ""},
+        {"RSASSA-PSS, defaults", "pss-defaults.pem", "pss-defaults.pem", ""},
+        {"RSASSA-PSS, a key for it alone", "pss-only.pem", "pss-only.pem", ""},
         {"ECDSA P-384, SHA-1", "p384-leaf-sha1.pem", "p384-root.pem", ""},
         {"ECDSA P-384, SHA-224", "p384-leaf-sha224.pem", "p384-root.pem", ""},
         {"ECDSA P-384, SHA-256", "p384-leaf-sha256.pem", "p384-root.pem", ""},
