@@ -26,6 +26,13 @@ constexpr SignatureAlgorithm kAlgorithms[] = {
     {OidBytes("2.16.840.1.101.3.4.3.10"), "ecdsa-with-SHA3-256", kEcdsa, Sha3_256},
     {OidBytes("2.16.840.1.101.3.4.3.11"), "ecdsa-with-SHA3-384", kEcdsa, Sha3_384},
     {OidBytes("2.16.840.1.101.3.4.3.12"), "ecdsa-with-SHA3-512", kEcdsa, Sha3_512},
+    {OidBytes("1.2.840.113549.1.1.10"), "rsassaPss", kRsaPss},
+    {OidBytes("1.2.840.113549.1.1.15"), "sha512-224WithRSAEncryption", kRsaPkcs1, Sha512_224},
+    {OidBytes("1.2.840.113549.1.1.16"), "sha512-256WithRSAEncryption", kRsaPkcs1, Sha512_256},
+    {OidBytes("2.16.840.1.101.3.4.3.13"), "sha3-224WithRSAEncryption", kRsaPkcs1, Sha3_224},
+    {OidBytes("2.16.840.1.101.3.4.3.14"), "sha3-256WithRSAEncryption", kRsaPkcs1, Sha3_256},
+    {OidBytes("2.16.840.1.101.3.4.3.15"), "sha3-384WithRSAEncryption", kRsaPkcs1, Sha3_384},
+    {OidBytes("2.16.840.1.101.3.4.3.16"), "sha3-512WithRSAEncryption", kRsaPkcs1, Sha3_512},
     {OidBytes("1.3.101.112"), "Ed25519", kEd25519},
     {OidBytes("1.3.101.113"), "Ed448", kEd448},
 

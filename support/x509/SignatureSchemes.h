@@ -36,6 +36,13 @@ const char* verifyRsaPkcs1Scheme(const SignatureInput& input);
 inline constexpr OidBytes kRsaPkcs1Keys[] = {OidBytes("1.2.840.113549.1.1.1")};
 inline constexpr SignatureScheme kRsaPkcs1{verifyRsaPkcs1Scheme, kRsaPkcs1Keys};
 
+// RSASSA-PSS (RFC 8017 section 8.1) with the digest that its parameters name. They must be there
+// (RFC 4055 section 3.1), and keep to what a key of that algorithm asks for (section 3.3).
+const char* verifyRsaPssScheme(const SignatureInput& input);
+inline constexpr OidBytes kRsaPssKeys[] = {OidBytes("1.2.840.113549.1.1.1"),
+                                           OidBytes("1.2.840.113549.1.1.10")};
+inline constexpr SignatureScheme kRsaPss{verifyRsaPssScheme, kRsaPssKeys};
+
 // ECDSA (FIPS 186-5, RFC 5480) on named curves. Its parameters, which should be absent (RFC 5758
 // section 3.2), are not looked at: CAs have written NULL and more there, and nothing depends on it.
 const char* verifyEcdsaScheme(const SignatureInput& input);

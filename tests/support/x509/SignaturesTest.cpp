@@ -49,6 +49,7 @@ TEST(Signatures, VerifyOrSayWhyNot) {
          "fit: RSA 2048.\n"},
         {"two algorithms", "sigalg-mismatch.pem", "root.pem",
          "ERROR: The certificate names two different signature algorithms.\n"},
+        {"RSASSA-PSS, defaults", "pss-defaults.pem", "pss-defaults.pem", ""},
         {"Ed25519", "ed25519.pem", "ed25519.pem", ""},
     };
     for (const SignatureCase& c : cases) {
