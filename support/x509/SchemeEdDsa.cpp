@@ -1,3 +1,4 @@
+#include "support/asn1/DerReader.h"
 #include "support/crypto/Ed25519.h"
 #include "support/crypto/Ed448.h"
 #include "support/x509/SignatureSchemes.h"
@@ -8,9 +9,14 @@ namespace {
 
 using VerifyPrimitive = bool (*)(ByteView publicKey, ByteView message, ByteView signature) noexcept;
 
+bool isNullOrAbsent(ByteView parameters) noexcept {
+    DerReader der(parameters);
+    return der.atEnd() || (der.readNull() && der.atEnd());
+}
+
 const char* verifyPure(const SignatureInput& input, VerifyPrimitive verify) {
-    if (!input.parameters.empty() || !input.key.parameters.empty())
-        return "An EdDSA algorithm has parameters, where there must be none.";
+    if (!isNullOrAbsent(input.parameters))
+        return "The EdDSA signature algorithm's parameters are neither NULL nor absent.";
     return verify(input.key.bits, input.signedBytes, input.signature) ? nullptr
                                                                       : kSignatureDoesNotMatch;
 }

@@ -49,8 +49,8 @@ const char* verifyEcdsaScheme(const SignatureInput& input);
 inline constexpr OidBytes kEcdsaKeys[] = {OidBytes("1.2.840.10045.2.1")};
 inline constexpr SignatureScheme kEcdsa{verifyEcdsaScheme, kEcdsaKeys};
 
-// EdDSA (RFC 8032, the pure variants) without parameters (RFC 8410 section 3). The algorithm of the
-// signature and that of the key have one OID.
+// EdDSA (RFC 8032, the pure variants). Parameters must be absent (RFC 8410 section 3), but signers
+// have written NULL. The algorithm of the signature and that of the key have one OID.
 const char* verifyEd25519Scheme(const SignatureInput& input);
 inline constexpr OidBytes kEd25519Keys[] = {OidBytes("1.3.101.112")};
 inline constexpr SignatureScheme kEd25519{verifyEd25519Scheme, kEd25519Keys};
