@@ -27,8 +27,8 @@ public:
     std::size_t limbCount() const noexcept { return m_limbCount; }
     std::span<const Limb> limbs() const noexcept { return {m_limbs.data(), m_limbCount}; }
 
-    // result = base ^ exponent mod the modulus, for an odd exponent. `result` is none of the
-    // others.
+    // result = base ^ exponent mod the modulus, for an odd exponent above 1. `result` is none of
+    // the others.
     void raise(std::span<Limb> result, std::span<const Limb> base, Limb exponent) const noexcept;
 
 private:
