@@ -110,7 +110,7 @@ bool verifyDsa(const DsaPublicKey& key, ByteView digest, ByteView r, ByteView s)
     // The sizes of q are whole bytes, and so are the leading bits of the digest.
     const std::size_t orderSize = stripLeadingZeros(key.q).size();
     const Scalar e = readScalar(digest.first(std::min(digest.size(), orderSize)));
-    const auto w = scalars.invert(scalars.encode(readScalar(s)));
+    const auto w = scalars.invertPublic(scalars.encode(readScalar(s)));
     const auto u1 = scalars.decode(scalars.multiply(scalars.encode(e), w));
     const auto u2 = scalars.decode(scalars.multiply(scalars.encode(readScalar(r)), w));
 
