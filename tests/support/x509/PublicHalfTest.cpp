@@ -75,7 +75,7 @@ Bytes der(const OidBytes& oid) {
     return der(0x06, Bytes(certstore::textOf(oid.view())));
 }
 
-// PKCS#8 of version 0, of version 1 with a public half; `parameters` may be empty.
+// PKCS#8 of version 0, or of version 1 with a public half.
 Bytes pkcs8(const Bytes& algorithm, const Bytes& key, const Bytes& publicHalf = "") {
     const Bytes tail = publicHalf.empty() ? "" : der(0x81, Bytes(1, '\0') + publicHalf);
     return der(0x30,
