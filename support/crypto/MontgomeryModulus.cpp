@@ -3,32 +3,40 @@
 #include <algorithm>
 #include <utility>
 
+#include "support/crypto/LimbRows.h"
 #include "support/crypto/Limbs.h"
-#include "support/crypto/ProductColumn.h"
 
 namespace certstore {
 namespace {
 
 using Buffer = std::array<Limb, MontgomeryModulus::kMaxLimbs>;
+using Product = std::array<Limb, 2 * MontgomeryModulus::kMaxLimbs>;
 
-// number = number * 2^64 mod `modulus`, whose highest bit is set (Knuth, TAOCP 4.3.1, algorithm D).
-// With that bit set the quotient taken from the leading limbs is at most two too large.
-void shiftInZeroLimb(std::span<Limb> number, std::span<const Limb> modulus) noexcept {
+static_assert(MontgomeryModulus::kMaxLimbs % kRows == 0);
+
+// A divisor with its highest bit set, and the complement that makes it 2^(64 * limbs).
+struct Divisor {
+    std::span<const Limb> limbs, complement;
+};
+
+// number = number * 2^64 mod the divisor (Knuth, TAOCP 4.3.1, algorithm D). With the highest bit
+// set the quotient taken from the leading limbs is at most two too large. Adding the complement
+// instead of subtracting the divisor leaves one carry to care for.
+void shiftInZeroLimb(std::span<Limb> number, const Divisor& divisor) noexcept {
     const std::size_t last = number.size() - 1;
+    const Limb leading = divisor.limbs[last];
     const Limb top = number[last];
     const Limb second = last == 0 ? 0 : number[last - 1];
-    const Limb quotient =
-        top < modulus[last] ? divideTwoByOne(top, second, modulus[last]) : ~Limb{0};
+    const Limb quotient = top < leading ? divideTwoByOne(top, second, leading) : ~Limb{0};
 
-    Limb below = 0, carry = 0, borrow = 0;
+    Limb below = 0, carry = 0;
     for (std::size_t i = 0; i <= last; ++i) {
-        const Limb product = multiplyAdd(quotient, modulus[i], 0, carry);
         const Limb shifted = std::exchange(below, number[i]);
-        number[i] = subtractWithBorrow(shifted, product, borrow);
+        number[i] = multiplyAddInLoop(quotient, divisor.complement[i], shifted, carry);
     }
-    Limb excess = top - carry - borrow;
+    Limb excess = top + carry - quotient;
     while (excess != 0)
-        excess += addLimbs(number, modulus);
+        excess += addLimbs(number, divisor.limbs);
 }
 
 }  // namespace
@@ -40,7 +48,8 @@ bool MontgomeryModulus::assign(ByteView modulus) noexcept {
     const bool isOne = modulus.size() == 1 && modulus.front() == 1;
     if ((modulus.back() & 1) == 0 || isOne)
         return false;
-    m_limbCount = limbsForBits(modulus.size() * 8);
+    const std::size_t limbsUsed = limbsForBits(modulus.size() * 8);
+    m_limbCount = (limbsUsed + kRows - 1) / kRows * kRows;
     loadLimbs(modulus, {m_limbs.data(), m_limbCount});
     m_negatedInverse = negatedInverse(m_limbs[0]);
     return true;
@@ -71,60 +80,85 @@ void MontgomeryModulus::raise(std::span<Limb> result, std::span<const Limb> base
 // Appending zero limbs with a long division costs less than one multiplication, whereas the usual
 // product with R^2 would need that constant first, which costs more than half of a whole check.
 void MontgomeryModulus::enterMontgomeryForm(std::span<Limb> number) const noexcept {
-    Buffer shifted{};
-    std::copy_n(m_limbs.begin(), m_limbCount, shifted.begin());
-    const std::span<Limb> modulus(shifted.data(), m_limbCount);
+    Buffer shifted, complement{};
+    const std::size_t limbsUsed = limbsForBits(countBits(limbs()));
+    const std::span<Limb> modulus(shifted.data(), limbsUsed);
+    const std::span<Limb> rest(complement.data(), limbsUsed);
+    std::copy_n(m_limbs.begin(), limbsUsed, modulus.begin());
     const int shift = std::countl_zero(modulus.back());
     shiftLimbsLeft(modulus, shift);
-    shiftLimbsLeft(number, shift);
+    subtractLimbs(rest, modulus);
+
+    const std::span<Limb> used = number.first(limbsUsed);
+    shiftLimbsLeft(used, shift);
     for (std::size_t i = 0; i < m_limbCount; ++i)
-        shiftInZeroLimb(number, modulus);
-    shiftLimbsRight(number, shift);
+        shiftInZeroLimb(used, {modulus, rest});
+    shiftLimbsRight(used, shift);
 }
 
 void MontgomeryModulus::multiply(Limb* result, const Limb* a, const Limb* b) const noexcept {
-    reduceColumns(result, [=](ProductColumn& sum, std::size_t first, std::size_t last) {
-        sum.addProducts(a + first, b + last, last - first + 1);
-    });
+    Product product;
+    std::fill_n(product.begin(), m_limbCount, 0);
+    for (std::size_t i = 0; i < m_limbCount; i += kRows) {
+        RowLimbs carry{};
+        addRows(&product[i], a, m_limbCount, readRows(b + i), carry);
+        writeRows(&product[i + m_limbCount], carry);
+    }
+    reduce(result, product.data());
 }
 
-// Products of different limbs come in equal pairs.
+// Products of different limbs come in equal pairs: all of them once, doubled, then the squares.
 void MontgomeryModulus::square(Limb* result, const Limb* a) const noexcept {
-    reduceColumns(result, [=](ProductColumn& sum, std::size_t first, std::size_t last) {
-        const std::size_t count = last - first + 1;
-        ProductColumn half;
-        half.addProducts(a + first, a + last, count / 2);
-        sum.addTwice(half);
-        if (count % 2 != 0)
-            sum.add(a[first + count / 2], a[first + count / 2]);
-    });
+    Product product;
+    std::fill_n(product.begin(), m_limbCount, 0);
+    for (std::size_t i = 0, next = kRows; i < m_limbCount; i = next, next += kRows) {
+        RowLimbs carry{};
+        addRows(&product[i + next], a + next, m_limbCount - next, readRows(a + i), carry);
+        writeRows(&product[i + m_limbCount], carry);
+    }
+    const std::span<Limb> whole(product.data(), 2 * m_limbCount);
+    addLimbs(whole, whole);
+    RowLimbs carry{};
+    for (std::size_t i = 0; i < m_limbCount; i += kRows) {
+        addRows(&product[2 * i], a + i, kRows, readRows(a + i), carry);
+        carry = {addToRows(&product[2 * i + kRows], carry, 0)};
+    }
+    reduce(result, product.data());
 }
 
-// Montgomery's reduction merged into a multiplication column by column (FIPS in the naming of Koc,
-// Acar and Kaliski). `addColumn(sum, first, last)` adds the products of the column whose indices
-// run from `first` to `last`. The multiples of the modulus live in `result` until their places get
-// their final value, thus `result` is not one of the factors.
-template <class AddColumn>
-void MontgomeryModulus::reduceColumns(Limb* result, AddColumn addColumn) const noexcept {
-    const Limb* modulus = m_limbs.data();
-    const std::size_t last = m_limbCount - 1;
-    ProductColumn sum;
-    for (std::size_t i = 0; i <= last; ++i) {
-        addColumn(sum, std::size_t{0}, i);
-        sum.addProducts(result, modulus + i, i);
-        result[i] = sum.low() * m_negatedInverse;
-        sum.add(result[i], modulus[0]);
-        sum.next();
+// Montgomery's reduction: adds multiples of the modulus until the lower half of `product`, which
+// has twice the limbs, is zero. What is left is below twice the modulus.
+void MontgomeryModulus::reduce(Limb* result, Limb* product) const noexcept {
+    const std::size_t count = m_limbCount;
+    Limb top = 0;
+    for (std::size_t i = 0; i < count; i += kRows) {
+        RowLimbs carry;
+        const RowLimbs quotient = findQuotient(product + i, carry);
+        addRows(product + i + kRows, &m_limbs[kRows], count - kRows, quotient, carry);
+        top = addToRows(product + i + count, carry, top);
     }
-    for (std::size_t i = 1; i <= last; ++i) {
-        addColumn(sum, i, last);
-        sum.addProducts(result + i, modulus + last, last - i + 1);
-        result[i - 1] = sum.next();
-    }
-    result[last] = sum.next();
-    const std::span<Limb> value(result, m_limbCount);
-    if (sum.low() != 0 || !isLess(value, limbs()))
-        subtractLimbs(value, limbs());
+    std::copy_n(product + count, count, result);
+    if (top != 0 || !isLess({result, count}, limbs()))
+        subtractLimbs({result, count}, limbs());
+}
+
+// What the modulus is to be multiplied by to clear the lowest kRows limbs of `product`, and what
+// that carries on to the limbs above.
+[[gnu::always_inline]] inline RowLimbs MontgomeryModulus::findQuotient(
+    const Limb* product, RowLimbs& carry) const noexcept {
+    RowLimbs quotient;
+    Limb sum[2 * kRows];
+    unroll<kRows>([&](auto i) __attribute__((always_inline)) { sum[i] = product[i]; });
+    unroll<kRows>([&](auto row) __attribute__((always_inline)) {
+        quotient.row[row] = sum[row] * m_negatedInverse;
+        Limb high = 0;
+        unroll<kRows>([&](auto i) __attribute__((always_inline)) {
+            sum[row + i] = multiplyAddInLoop(quotient.row[row], m_limbs[i], sum[row + i], high);
+        });
+        sum[row + kRows] = high;
+    });
+    carry = readRows(sum + kRows);
+    return quotient;
 }
 
 }  // namespace certstore

@@ -9,9 +9,11 @@
 
 namespace certstore {
 
+struct RowLimbs;
+
 // Arithmetic modulo an odd number whose size is known at run time only, as RSA needs it. Numbers
-// are spans of limbCount() limbs, below the modulus. The time taken depends on the values: for
-// public ones only.
+// are spans of limbCount() limbs (which may be zero at the top), below the modulus. The time taken
+// depends on the values: for public ones only.
 class MontgomeryModulus {
 public:
     // 16,384 bits are the largest RSA keys in use anywhere, by a factor of two. A signature check
@@ -33,8 +35,8 @@ private:
     void enterMontgomeryForm(std::span<Limb> number) const noexcept;
     void multiply(Limb* result, const Limb* a, const Limb* b) const noexcept;
     void square(Limb* result, const Limb* a) const noexcept;
-    template <class AddColumn>
-    void reduceColumns(Limb* result, AddColumn addColumn) const noexcept;
+    void reduce(Limb* result, Limb* product) const noexcept;
+    RowLimbs findQuotient(const Limb* product, RowLimbs& carry) const noexcept;
 
     std::array<Limb, kMaxLimbs> m_limbs;
     std::size_t m_limbCount = 0;

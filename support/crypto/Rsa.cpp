@@ -25,11 +25,17 @@ std::size_t rsaModulusSize(const RsaPublicKey& key) noexcept {
     return stripLeadingZeros(key.modulus).size();
 }
 
+bool isUsableRsaKey(const RsaPublicKey& key) noexcept {
+    const ByteView modulus = stripLeadingZeros(key.modulus);
+    const bool sizeFits = !modulus.empty() && modulus.size() <= kMaxRsaModulusSize;
+    return sizeFits && modulus.back() % 2 != 0 && (modulus.size() > 1 || modulus[0] > 1)
+        && readExponent(key.exponent) != 0;
+}
+
 bool recoverRsaMessage(const RsaPublicKey& key, ByteView signature,
                        std::span<unsigned char> message) noexcept {
     const std::size_t size = rsaModulusSize(key);
-    const Limb exponent = readExponent(key.exponent);
-    if (exponent == 0 || signature.size() != size || message.size() != size)
+    if (signature.size() != size || message.size() != size || !isUsableRsaKey(key))
         return false;
     MontgomeryModulus modulus;
     if (!modulus.assign(key.modulus))
@@ -40,7 +46,7 @@ bool recoverRsaMessage(const RsaPublicKey& key, ByteView signature,
     const std::span<Limb> result(resultBuffer.data(), modulus.limbCount());
     if (!loadLimbs(signature, base) || !isLess(base, modulus.limbs()))
         return false;
-    modulus.raise(result, base, exponent);
+    modulus.raise(result, base, readExponent(key.exponent));
     storeLimbs(result, message);
     return true;
 }

@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <array>
-#include <iterator>
+
+#include "support/asn1/Oid.h"
+#include "support/crypto/DigestOids.h"
 
 namespace certstore {
 namespace {
@@ -10,25 +12,11 @@ namespace {
 // RFC 8017 section 9.2: at least eight octets of 0xff, and three around them.
 constexpr std::size_t kMinPaddingSize = 11;
 
-// The contents of the OBJECT IDENTIFIERs of RFC 8017 appendix B.1, in the order of DigestAlgorithm;
-// an algorithm behind the last row makes no signature of this kind.
-struct DigestOid {
-    unsigned char bytes[9];
-    unsigned char size;
-};
-constexpr DigestOid kDigestOids[] = {
-    {{0x2b, 0x0e, 0x03, 0x02, 0x1a}, 5},                          // 1.3.14.3.2.26
-    {{0x60, 0x86, 0x48, 0x01, 0x65, 0x03, 0x04, 0x02, 0x04}, 9},  // 2.16.840.1.101.3.4.2.4
-    {{0x60, 0x86, 0x48, 0x01, 0x65, 0x03, 0x04, 0x02, 0x01}, 9},  // 2.16.840.1.101.3.4.2.1
-    {{0x60, 0x86, 0x48, 0x01, 0x65, 0x03, 0x04, 0x02, 0x02}, 9},  // 2.16.840.1.101.3.4.2.2
-    {{0x60, 0x86, 0x48, 0x01, 0x65, 0x03, 0x04, 0x02, 0x03}, 9},  // 2.16.840.1.101.3.4.2.3
-};
-
 enum class Parameters : unsigned char { Null, Absent };
 
 // The DER of a DigestInfo. All of its lengths are below 128 and take one octet.
 struct DigestInfo {
-    std::array<unsigned char, 2 + 2 + 2 + sizeof(DigestOid::bytes) + 2 + 2 + kMaxDigestSize> bytes;
+    std::array<unsigned char, 2 + 2 + 2 + OidBytes::kMaxSize + 2 + 2 + kMaxDigestSize> bytes;
     std::size_t size = 0;
 
     void append(unsigned char octet) { bytes[size++] = octet; }
@@ -43,13 +31,13 @@ struct DigestInfo {
 };
 
 DigestInfo encodeDigestInfo(DigestAlgorithm algorithm, ByteView digest, Parameters parameters) {
-    const DigestOid& oid = kDigestOids[static_cast<std::size_t>(algorithm)];
-    const std::size_t identifierSize = 2u + oid.size + (parameters == Parameters::Null ? 2u : 0u);
+    const ByteView oid = digestOid(algorithm);
+    const std::size_t identifierSize = 2 + oid.size() + (parameters == Parameters::Null ? 2 : 0);
     DigestInfo info;
     info.appendHeader(0x30, 2 + identifierSize + 2 + digest.size());
     info.appendHeader(0x30, identifierSize);
-    info.appendHeader(0x06, oid.size);
-    info.append({oid.bytes, oid.size});
+    info.appendHeader(0x06, oid.size());
+    info.append(oid);
     if (parameters == Parameters::Null)
         info.appendHeader(0x05, 0);
     info.appendHeader(0x04, digest.size());
@@ -79,8 +67,8 @@ bool isEncodingOf(const DigestInfo& info, ByteView message) {
 bool verifyRsaPkcs1(const RsaPublicKey& key, DigestAlgorithm algorithm, ByteView digest,
                     ByteView signature) noexcept {
     std::array<unsigned char, kMaxRsaModulusSize> buffer;
-    if (static_cast<std::size_t>(algorithm) >= std::size(kDigestOids)
-        || digest.size() != digestSize(algorithm) || signature.size() > buffer.size())
+    if (digestOid(algorithm).empty() || digest.size() != digestSize(algorithm)
+        || signature.size() > buffer.size())
         return false;
     const std::span<unsigned char> message(buffer.data(), signature.size());
     if (!recoverRsaMessage(key, signature, message))

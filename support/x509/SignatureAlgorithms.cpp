@@ -8,7 +8,7 @@ namespace {
 
 using enum DigestAlgorithm;
 
-// RFC 3279, 4055, 5758; the most frequent ones first.
+// RFC 3279, 4055, 5758, 8410; the most frequent ones first.
 constexpr SignatureAlgorithm kAlgorithms[] = {
     {OidBytes("1.2.840.113549.1.1.11"), "sha256WithRSAEncryption", kRsaPkcs1, Sha256},
     {OidBytes("1.2.840.10045.4.3.2"), "ecdsa-with-SHA256", kEcdsa, Sha256},
@@ -33,6 +33,15 @@ constexpr SignatureAlgorithm kAlgorithms[] = {
     {OidBytes("2.16.840.1.101.3.4.3.2"), "dsa-with-sha256", kDsa, Sha256},
     {OidBytes("2.16.840.1.101.3.4.3.3"), "dsa-with-sha384", kDsa, Sha384},
     {OidBytes("2.16.840.1.101.3.4.3.4"), "dsa-with-sha512", kDsa, Sha512},
+    {OidBytes("1.2.840.113549.1.1.10"), "rsassaPss", kRsaPss},
+    {OidBytes("1.2.840.113549.1.1.15"), "sha512-224WithRSAEncryption", kRsaPkcs1, Sha512_224},
+    {OidBytes("1.2.840.113549.1.1.16"), "sha512-256WithRSAEncryption", kRsaPkcs1, Sha512_256},
+    {OidBytes("2.16.840.1.101.3.4.3.13"), "sha3-224WithRSAEncryption", kRsaPkcs1, Sha3_224},
+    {OidBytes("2.16.840.1.101.3.4.3.14"), "sha3-256WithRSAEncryption", kRsaPkcs1, Sha3_256},
+    {OidBytes("2.16.840.1.101.3.4.3.15"), "sha3-384WithRSAEncryption", kRsaPkcs1, Sha3_384},
+    {OidBytes("2.16.840.1.101.3.4.3.16"), "sha3-512WithRSAEncryption", kRsaPkcs1, Sha3_512},
+    {OidBytes("1.3.101.112"), "Ed25519", kEd25519},
+    {OidBytes("1.3.101.113"), "Ed448", kEd448},
 
     {OidBytes("1.2.840.113549.1.1.4"), "md5WithRSAEncryption", kBrokenDigest},
     {OidBytes("1.3.14.3.2.3"), "md5WithRSA", kBrokenDigest},

@@ -36,6 +36,13 @@ const char* verifyRsaPkcs1Scheme(const SignatureInput& input);
 inline constexpr OidBytes kRsaPkcs1Keys[] = {OidBytes("1.2.840.113549.1.1.1")};
 inline constexpr SignatureScheme kRsaPkcs1{verifyRsaPkcs1Scheme, kRsaPkcs1Keys};
 
+// RSASSA-PSS (RFC 8017 section 8.1) with the digest that its parameters name. They must be there
+// (RFC 4055 section 3.1), and keep to what a key of that algorithm asks for (section 3.3).
+const char* verifyRsaPssScheme(const SignatureInput& input);
+inline constexpr OidBytes kRsaPssKeys[] = {OidBytes("1.2.840.113549.1.1.1"),
+                                           OidBytes("1.2.840.113549.1.1.10")};
+inline constexpr SignatureScheme kRsaPss{verifyRsaPssScheme, kRsaPssKeys};
+
 // ECDSA (FIPS 186-5, RFC 5480) on named curves. Its parameters, which should be absent (RFC 5758
 // section 3.2), are not looked at: CAs have written NULL and more there, and nothing depends on it.
 const char* verifyEcdsaScheme(const SignatureInput& input);
@@ -48,6 +55,15 @@ inline constexpr SignatureScheme kEcdsa{verifyEcdsaScheme, kEcdsaKeys};
 const char* verifyDsaScheme(const SignatureInput& input);
 inline constexpr OidBytes kDsaKeys[] = {OidBytes("1.2.840.10040.4.1")};
 inline constexpr SignatureScheme kDsa{verifyDsaScheme, kDsaKeys};
+
+// EdDSA (RFC 8032, the pure variants). Parameters must be absent (RFC 8410 section 3), but signers
+// have written NULL. The algorithm of the signature and that of the key have one OID.
+const char* verifyEd25519Scheme(const SignatureInput& input);
+inline constexpr OidBytes kEd25519Keys[] = {OidBytes("1.3.101.112")};
+inline constexpr SignatureScheme kEd25519{verifyEd25519Scheme, kEd25519Keys};
+const char* verifyEd448Scheme(const SignatureInput& input);
+inline constexpr OidBytes kEd448Keys[] = {OidBytes("1.3.101.113")};
+inline constexpr SignatureScheme kEd448{verifyEd448Scheme, kEd448Keys};
 
 // Known by name, and always refused: messages with the same MD2, MD4 or MD5 digest can be made, and
 // have been to forge CA certificates (RFC 6149, 6150, 6151).

@@ -126,6 +126,17 @@ make_algorithms() {
     show ed25519 >ed25519.pem
 }
 
+make_pss() {
+    make_key pss-defaults 2048
+    digest=sha1 sign_options='-sigopt rsa_padding_mode:pss -sigopt rsa_pss_saltlen:20' \
+        issue pss-defaults pss-defaults "$org/CN=Example PSS Defaults" "$ca"
+    show pss-defaults >pss-defaults.pem
+    make_key pss-only RSA-PSS
+    sign_options='-sigopt rsa_padding_mode:pss -sigopt rsa_pss_saltlen:32' \
+        issue pss-only pss-only "$org/CN=Example PSS Only" "$ca"
+    show pss-only >pss-only.pem
+}
+
 make_chains() {
     local member issuer=00 pair here next
     for member in $(seq -w 0 33); do
@@ -327,6 +338,7 @@ make_bundles() {
 rm -f ./*.pem ./*.key
 make_ordinary
 make_algorithms
+make_pss
 make_chains
 make_twins
 make_serials

@@ -3,25 +3,11 @@
 #include <map>
 
 #include "support/asn1/DerReader.h"
-#include "support/crypto/Digest.h"
 #include "support/crypto/Ecdsa.h"
 #include "tests/support/crypto/Vectors.h"
 
 namespace certstore {
 namespace {
-
-const std::map<std::string, DigestAlgorithm> kDigests = {
-    {"SHA-1", DigestAlgorithm::Sha1},
-    {"SHA-224", DigestAlgorithm::Sha224},
-    {"SHA-256", DigestAlgorithm::Sha256},
-    {"SHA-384", DigestAlgorithm::Sha384},
-    {"SHA-512", DigestAlgorithm::Sha512},
-    {"SHA3-224", DigestAlgorithm::Sha3_224},
-    {"SHA3-256", DigestAlgorithm::Sha3_256},
-    {"SHA3-384", DigestAlgorithm::Sha3_384},
-    {"SHA3-512", DigestAlgorithm::Sha3_512},
-    {"SHA-512/224", DigestAlgorithm::Sha512_224},
-    {"SHA-512/256", DigestAlgorithm::Sha512_256}};
 
 const std::map<std::string, EcCurveId> kCurves = {{"secp192r1", EcCurveId::P192},
                                                   {"secp224r1", EcCurveId::P224},
@@ -42,14 +28,15 @@ bool verify(const Json& group, const Json& test) {
     if (!outer.readSequence(inner) || !outer.atEnd() || !inner.readUnsigned(r)
         || !inner.readUnsigned(s) || !inner.atEnd())
         return false;
-    const DigestValue digest = computeDigest(kDigests.at(group.at("sha")), hexOf(test, "msg"));
+    const DigestValue digest =
+        computeDigest(kVectorDigests.at(group.at("sha")), hexOf(test, "msg"));
     const Json& key = group.at("publicKey");
     return verifyEcdsa(kCurves.at(key.at("curve")), hexOf(key, "uncompressed"), digest.view(), r,
                        s);
 }
 
 bool isSupported(const Json& group) {
-    return group.at("type") == "EcdsaVerify" && kDigests.contains(group.at("sha"))
+    return group.at("type") == "EcdsaVerify" && kVectorDigests.contains(group.at("sha"))
         && kCurves.contains(group.at("publicKey").at("curve"));
 }
 

@@ -116,6 +116,8 @@ TEST(EdDsaTest, ReadsEveryNumberInItsOnlyForm) {
         neutral[0] = 1;
         Bytes negative = neutral, order = fromHex(scheme.order), huge(scheme.size, 0xff);
         negative.back() = 0x80;
+        Bytes last(scheme.size);
+        last.back() = 0x20;
         const Bytes unreduced = fromHex(scheme.primePlusOne);
         const struct {
             const char* what;
@@ -129,7 +131,7 @@ TEST(EdDsaTest, ReadsEveryNumberInItsOnlyForm) {
             {"R: y is the prime more", neutral, unreduced, zero, false},
             {"R: x is 0, but has a sign", neutral, negative, zero, false},
             {"S is the order", neutral, neutral, order, false},
-            {"S has all bits set", neutral, neutral, huge, false},
+            {"S exceeds the order in the last octet alone", neutral, neutral, last, false},
         };
         for (const auto& row : rows) {
             Bytes signature = row.r;

@@ -1,0 +1,17 @@
+#pragma once
+
+#include "support/base/ByteView.h"
+#include "support/crypto/RsaPss.h"
+
+namespace certstore {
+
+// Salts beyond this fit no key, whatever its digest; parameters that ask for more are refused.
+constexpr std::size_t kMaxRsaPssSaltSize = kMaxRsaModulusSize;
+
+// Reads RSASSA-PSS-params (RFC 4055 section 3.1, RFC 8017 appendix A.2.3). Returns false, with
+// `options` unspecified, unless `parameters` is one whole value in DER with known digests, MGF1, at
+// most kMaxRsaPssSaltSize bytes of salt and the one trailer field there is. Values that equal their
+// default, which DER leaves out, may be written: common signers do.
+[[nodiscard]] bool readRsaPssParameters(ByteView parameters, RsaPssOptions& options) noexcept;
+
+}  // namespace certstore

@@ -1,0 +1,139 @@
+// Signatures of certificates, and why they do not verify.
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <thread>
+
+#include "support/log/LogNull.h"
+#include "support/log/LogText.h"
+#include "support/x509/SignatureAlgorithms.h"
+#include "tests/common/TestFiles.h"
+
+namespace {
+
+using testfiles::certOf;
+using testfiles::loadCert;
+
+struct SignatureCase {
+    const char* sentence;
+    const char* cert;
+    const char* issuer;
+    const char* error;  // empty: verifies
+};
+
+TEST(Signatures, VerifyOrSayWhyNot) {
+    const char* kNoMatch = "ERROR: The signature does not match.\n";
+    const SignatureCase cases[] = {
+        {"ECDSA P-256, SHA-256", "intermediate.pem", "root.pem", ""},
+        {"RSA SHA-1", "rsa-leaf-sha1.pem", "rsa-root.pem", ""},
+        {"RSA SHA-224", "rsa-leaf-sha224.pem", "rsa-root.pem", ""},
+        {"RSA SHA-256", "rsa-leaf.pem", "rsa-root.pem", ""},
+        {"RSA SHA-384", "rsa-leaf-sha384.pem", "rsa-root.pem", ""},
+        {"RSA SHA-512", "rsa-leaf-sha512.pem", "rsa-root.pem", ""},
+        {"ECDSA P-384, SHA-1", "p384-leaf-sha1.pem", "p384-root.pem", ""},
+        {"ECDSA P-384, SHA-224", "p384-leaf-sha224.pem", "p384-root.pem", ""},
+        {"ECDSA P-384, SHA-256", "p384-leaf-sha256.pem", "p384-root.pem", ""},
+        {"ECDSA P-384, SHA-384", "p384-leaf-sha384.pem", "p384-root.pem", ""},
+        {"ECDSA P-384, SHA-512", "p384-leaf-sha512.pem", "p384-root.pem", ""},
+        {"the key of another curve", "p384-leaf-sha256.pem", "root.pem",
+         "ERROR: The ECDSA signature is out of range.\n"},
+        {"a signed byte changed", "tampered.pem", "root.pem", kNoMatch},
+        {"self-issued, signed by another", "self-issued-bad-sig.pem", "self-issued-bad-sig.pem",
+         kNoMatch},
+        {"RSA signature, EC key", "ec-below-rsa.pem", "root.pem",
+         "ERROR: The signature algorithm is sha256WithRSAEncryption, which the issuer's key does "
+         "not fit: EC P-256.\n"},
+        {"ECDSA signature, RSA key", "rsa-below-ec.pem", "rsa-root.pem",
+         "ERROR: The signature algorithm is ecdsa-with-SHA256, which the issuer's key does not "
+         "fit: RSA 2048.\n"},
+        {"two algorithms", "sigalg-mismatch.pem", "root.pem",
+         "ERROR: The certificate names two different signature algorithms.\n"},
+        {"RSASSA-PSS, defaults", "pss-defaults.pem", "pss-defaults.pem", ""},
+        {"Ed25519", "ed25519.pem", "ed25519.pem", ""},
+    };
+    for (const SignatureCase& c : cases) {
+        const auto cert = loadCert(c.cert), issuer = loadCert(c.issuer);
+        LogText log;
+        EXPECT_EQ(certOf(cert).verifyCertSignature(&certOf(issuer), log), *c.error == '\0')
+            << c.sentence;
+        EXPECT_EQ(log.getText(), c.error) << c.sentence;
+    }
+}
+
+TEST(SignatureMemory, HoldsTheWholeOfOneKeyWhoeverAsksFirst) {
+    using certstore::bytesOf;
+    certstore::SignatureMemory memory;
+    EXPECT_FALSE(memory.isGoodUnder(bytesOf("")));
+    EXPECT_FALSE(memory.isGoodUnder(bytesOf("key")));
+    const auto remember = [&](const char* key) { memory.rememberGood(bytesOf(key)); };
+    std::thread threads[] = {std::thread(remember, "key"), std::thread(remember, "key")};
+    for (std::thread& thread : threads)
+        thread.join();
+    memory.rememberGood(bytesOf("other"));
+    const std::string elsewhere = "keys";
+    EXPECT_TRUE(memory.isGoodUnder(bytesOf(elsewhere.substr(0, 3))));
+    for (const char* key : {"", "ke", "kex", "keys", "other"})
+        EXPECT_FALSE(memory.isGoodUnder(bytesOf(key))) << key;
+}
+
+// A verdict of yes under one key says nothing about another, nor one of no about the right key.
+TEST(Signatures, AreJudgedForEachKeyAnew) {
+    const auto leaf = loadCert("rsa-leaf.pem"), root = loadCert("rsa-root.pem");
+    LogNull log;
+    for (const bool again : {false, true}) {
+        EXPECT_FALSE(certOf(leaf).verifyCertSignature(&certOf(leaf), log)) << again;
+        EXPECT_TRUE(certOf(leaf).verifyCertSignature(&certOf(root), log)) << again;
+    }
+}
+
+// Every algorithm, from the outside: good as it is, not with a bit changed in what is signed or in
+// the signature. Broken digests are refused by name.
+TEST(Signatures, OfEveryAlgorithmVerify) {
+    const auto holders = testfiles::loadCerts("algorithms.pem");
+    EXPECT_EQ(holders.size(), 25u);
+    for (const auto& holder : holders) {
+        LogText log;
+        X509Certificate& cert = certOf(holder);
+        XString name;
+        cert.getSubjectPart("CN", name, log);
+        SCOPED_TRACE(name.getUtf8());
+        const bool broken = std::string_view(name.getUtf8()).find(" MD") != std::string_view::npos;
+        EXPECT_EQ(cert.verifyCertSignature(&cert, log), !broken) << log.getText();
+        EXPECT_EQ(log.getText().find("is not accepted") != std::string::npos, broken);
+        DataBuffer der;
+        cert.getDEREncodedCert(der);
+        std::vector<unsigned char> bytes(der.getData2(), der.getData2() + der.getSize());
+        const auto serial =
+            std::search(bytes.begin(), bytes.end(), cert.getX509Ptr()->serial().begin(),
+                        cert.getX509Ptr()->serial().end());
+        for (unsigned char* byte : {&*serial + 2, &bytes.back()}) {
+            *byte ^= 1;
+            const ZorvenOwner<CertificateHolder> changed(CertificateHolder::createFromDer(
+                bytes.data(), static_cast<unsigned int>(bytes.size()), nullptr, log));
+            *byte ^= 1;
+            EXPECT_FALSE(certOf(changed).verifyCertSignature(&cert, log));
+        }
+    }
+}
+
+// The same certificate with one octet of both algorithm identifiers changed.
+TEST(Signatures, OfUnknownAlgorithmsAreRefusedByOid) {
+    DataBuffer der;
+    testfiles::loadPemDer("ed25519.pem", der);
+    std::vector<unsigned char> bytes(der.getData2(), der.getData2() + der.getSize());
+    constexpr unsigned char kIdentifier[] = {0x30, 0x05, 0x06, 0x03, 0x2b, 0x65, 0x70};
+    for (auto at = bytes.begin();; at += sizeof kIdentifier) {
+        at = std::search(at, bytes.end(), std::begin(kIdentifier), std::end(kIdentifier));
+        if (at == bytes.end())
+            break;
+        at[6] = 0x7f;
+    }
+    LogText log;
+    const ZorvenOwner<CertificateHolder> holder(CertificateHolder::createFromDer(
+        bytes.data(), static_cast<unsigned int>(bytes.size()), nullptr, log));
+    EXPECT_FALSE(certOf(holder).verifyCertSignature(&certOf(holder), log));
+    EXPECT_EQ(log.getText(), "ERROR: Unknown signature algorithm 1.3.101.127.\n");
+}
+
+}  // namespace
