@@ -17,4 +17,9 @@ void wipe(void* data, std::size_t size) noexcept {
         g_overwrite(data, 0, size);
 }
 
+[[gnu::noinline]] void wipeStackBelow() noexcept {
+    unsigned char below[std::size_t{16} << 10];
+    wipe(below, sizeof below);
+}
+
 }  // namespace certstore

@@ -8,6 +8,11 @@ namespace certstore {
 // released right afterwards. `data` may be null when `size` is 0.
 void wipe(void* data, std::size_t size) noexcept;
 
+// Overwrites what functions called before, and returned from, may have left below the caller on the
+// stack: copies that the compiler makes of values in registers. 16 KiB, twice what any computation
+// here takes that has to be forgotten.
+void wipeStackBelow() noexcept;
+
 // Wipes a local that held something secret when its scope ends, on every path.
 class WipeGuard {
 public:

@@ -2,7 +2,7 @@
 
 #include "support/log/LogPlace.h"
 #include "support/pkcs12/PfxParser.h"
-#include "support/x509/KeyCodec.h"
+#include "support/x509/KeyMatch.h"
 
 using certstore::KeyMatch;
 using certstore::PfxItem;

@@ -8,7 +8,7 @@
 #include "support/pkcs12/Pkcs12.h"
 #include "support/vault/PemBody.h"
 #include "support/vault/PemKeys.h"
-#include "support/x509/KeyCodec.h"
+#include "support/x509/KeyMatch.h"
 
 using certstore::KeyMatch;
 using certstore::LogPlace;

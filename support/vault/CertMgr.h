@@ -41,10 +41,10 @@ public:
     // `password`, UTF-8, which may be null), and RSA PRIVATE KEY and EC PRIVATE KEY, these two
     // unencrypted. Other blocks are passed over.
     //
-    // A key whose encoding does not hold its public half, as with many Ed25519 keys, goes to the
-    // certificate directly before it in the text, else to the one directly behind it, provided that
-    // nothing speaks against it and that one has no key. Blocks passed over do not count as
-    // between.
+    // A key whose public half is neither in its encoding nor computed (see _zvPublicKey), as with
+    // ML-DSA keys, goes to the certificate directly before it in the text, else to the one directly
+    // behind it, provided that nothing speaks against it and that one has no key. Blocks passed
+    // over do not count as between.
     //
     // A block that cannot be read is left out, with one error that tells its number, label and why:
     // "PEM block 2, ENCRYPTED PRIVATE KEY: decryption failed."; the others are added, and the

@@ -7,7 +7,7 @@
 #include "support/asn1/Oid.h"
 #include "support/pkcs12/BerReader.h"
 #include "support/vault/PemBody.h"
-#include "support/x509/KeyCodec.h"
+#include "support/x509/PrivateKeyCodec.h"
 #include "support/x509/PublicKey.h"
 
 namespace certstore {

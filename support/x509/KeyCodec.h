@@ -1,7 +1,9 @@
 #pragma once
 
+#include "support/asn1/DerReader.h"
 #include "support/base/ByteView.h"
 #include "support/buffers/StringBuffer.h"
+#include "support/crypto/Dsa.h"
 #include "support/crypto/Rsa.h"
 
 namespace certstore {
@@ -17,8 +19,15 @@ struct PublicKeyInfo {
 // algorithm is filled in also when only the key is not.
 [[nodiscard]] bool readPublicKeyInfo(ByteView spki, PublicKeyInfo& info) noexcept;
 
+// The AlgorithmIdentifier of a key, public or private.
+[[nodiscard]] bool readKeyAlgorithm(DerReader& outer, ByteView& algorithm,
+                                    ByteView& parameters) noexcept;
+
 // An RSAPublicKey (RFC 8017 appendix A.1.1).
 [[nodiscard]] bool readRsaPublicKey(ByteView der, RsaPublicKey& key) noexcept;
+
+// Dss-Parms (RFC 3279 section 2.3.2), the parameters of a DSA key.
+[[nodiscard]] bool readDsaDomain(ByteView parameters, DsaDomain& domain) noexcept;
 
 // Appends the short name of a key algorithm: "RSA", "EC", "Ed25519" ...; the dotted OID of one that
 // has no name here.
@@ -26,22 +35,5 @@ void appendKeyTypeName(StringBuffer& out, ByteView algorithm);
 
 // Appends the same with the size or the curve: "RSA 2048", "EC P-256".
 void appendKeyDescription(StringBuffer& out, const PublicKeyInfo& info);
-
-// A PrivateKeyInfo or OneAsymmetricKey (RFC 5208, RFC 5958) taken apart; slices of its encoding.
-struct PrivateKeyInfo {
-    ByteView algorithm;
-    ByteView parameters;
-    RsaPublicKey rsa;     // of an RSA key: its public half
-    ByteView publicBits;  // of another: its public half where the encoding holds it, else empty
-};
-
-// False unless `der` is one whole PrivateKeyInfo; RSA and EC keys must be well formed inside too.
-[[nodiscard]] bool readPrivateKeyInfo(ByteView der, PrivateKeyInfo& info) noexcept;
-
-enum class KeyMatch { Same, Different, Unknown };
-
-// Whether the private key's public half is this public key. Unknown when the encoding of the
-// private key does not hold its public half and nothing else tells them apart.
-KeyMatch matchKeys(const PrivateKeyInfo& privateKey, const PublicKeyInfo& publicKey) noexcept;
 
 }  // namespace certstore

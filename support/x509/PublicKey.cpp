@@ -1,38 +1,7 @@
 #include "support/x509/PublicKey.h"
 
-#include <memory>
-
-#include "support/x509/KeyCodec.h"
-
-namespace certstore {
-
-// A loaded private key, shared by the key objects that hold it. Its bytes never change.
-class PrivateKey {
-public:
-    explicit PrivateKey(ByteView pkcs8) {
-        m_pkcs8.m_secure = true;
-        m_pkcs8.reserve(static_cast<unsigned int>(pkcs8.size()));
-        m_pkcs8.append(pkcs8);
-    }
-
-    ByteView pkcs8() const noexcept { return m_pkcs8.view(); }
-
-    bool isNotExportable() const noexcept { return m_notExportable; }
-    void setNotExportable() const noexcept { m_notExportable = true; }
-
-    void addUser() const noexcept { m_users.fetch_add(1, std::memory_order_relaxed); }
-    void dropUser() const noexcept {
-        if (m_users.fetch_sub(1, std::memory_order_acq_rel) == 1)
-            delete this;
-    }
-
-private:
-    DataBuffer m_pkcs8;
-    mutable std::atomic<bool> m_notExportable{false};
-    mutable std::atomic<int> m_users{1};
-};
-
-}  // namespace certstore
+#include "support/x509/KeyMatch.h"
+#include "support/x509/PrivateKey.h"
 
 using certstore::PrivateKey;
 
@@ -54,42 +23,36 @@ bool _zvPublicKey::isExportable() const noexcept {
     return key && !key->isNotExportable();
 }
 
-certstore::KeyMatch _zvPublicKey::matchEncoded(certstore::ByteView pkcs8) const noexcept {
-    certstore::PrivateKeyInfo privateInfo;
-    certstore::PublicKeyInfo publicInfo;
-    if (!readPrivateKeyInfo(pkcs8, privateInfo) || !readPublicKeyInfo(m_spki, publicInfo))
-        return certstore::KeyMatch::Unknown;
-    return matchKeys(privateInfo, publicInfo);
+certstore::KeyMatch _zvPublicKey::match(const PrivateKey& key) const noexcept {
+    certstore::PublicKeyInfo info;
+    return readPublicKeyInfo(m_spki, info) ? matchKeys(key.info(), info)
+                                           : certstore::KeyMatch::Unknown;
 }
 
 certstore::KeyMatch _zvPublicKey::match(const _zvPublicKey& other) const noexcept {
     const PrivateKey* key = other.m_private.load(std::memory_order_acquire);
-    return key ? matchEncoded(key->pkcs8()) : certstore::KeyMatch::Unknown;
+    return key ? match(*key) : certstore::KeyMatch::Unknown;
 }
 
-bool _zvPublicKey::belongs(certstore::ByteView pkcs8, LogBase& log) const {
-    if (matchEncoded(pkcs8) != certstore::KeyMatch::Different)
-        return true;
-    log.LogError("The private key does not belong to the public key.");
-    return false;
-}
-
+// Takes over a user's share in the key, which it drops when it fails.
 bool _zvPublicKey::publish(const PrivateKey* key, LogBase& log) {
     const PrivateKey* none = nullptr;
-    if (m_private.compare_exchange_strong(none, key, std::memory_order_acq_rel))
+    const bool belongs = match(*key) != certstore::KeyMatch::Different;
+    if (belongs && m_private.compare_exchange_strong(none, key, std::memory_order_acq_rel))
         return true;
     key->dropUser();
-    log.LogError("A private key is held already.");
+    log.LogError(belongs ? "A private key is held already."
+                         : "The private key does not belong to the public key.");
     return false;
 }
 
 bool _zvPublicKey::loadPrivateKeyDer(const DataBuffer& pkcs8, LogBase& log) {
-    certstore::PrivateKeyInfo info;
-    if (pkcs8.getSize() > kMaxPrivateKeySize || !readPrivateKeyInfo(pkcs8.view(), info)) {
-        log.LogError("Not an unencrypted PKCS#8 private key.");
+    if (pkcs8.getSize() > kMaxPrivateKeySize) {
+        log.LogError("The private key is over the limit of key size.");
         return false;
     }
-    return belongs(pkcs8.view(), log) && publish(new PrivateKey(pkcs8.view()), log);
+    const PrivateKey* key = PrivateKey::load(pkcs8.view(), log);
+    return key && publish(key, log);
 }
 
 bool _zvPublicKey::takePrivateKeyFrom(const _zvPublicKey& other, LogBase& log) {
@@ -98,8 +61,6 @@ bool _zvPublicKey::takePrivateKeyFrom(const _zvPublicKey& other, LogBase& log) {
         log.LogError("The key object holds no private key.");
         return false;
     }
-    if (!belongs(key->pkcs8(), log))
-        return false;
     key->addUser();
     return publish(key, log);
 }

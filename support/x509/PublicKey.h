@@ -32,9 +32,12 @@ public:
     bool isExportable() const noexcept;
 
     // Loads an unencrypted PKCS#8 private key (RFC 5208, RFC 5958) of any algorithm, at most
-    // kMaxPrivateKeySize bytes; kept in memory that is wiped when its last user goes. False,
-    // logged, when it is malformed, when its public half is known to be another than the public key
-    // held here, or when a private key is held already. Throws std::bad_alloc.
+    // kMaxPrivateKeySize bytes; kept in memory that is wiped when its last user goes. Its public
+    // half is computed here, once, for keys of EC on named curves, DSA, Ed25519, Ed448, X25519 and
+    // X448; of other keys it is the one in the encoding, if any. False, logged, when the key is
+    // malformed, out of range for its kind, or holds another public half than the one computed;
+    // when its public half is known to be another than the public key held here; or when a private
+    // key is held already. Throws std::bad_alloc.
     bool loadPrivateKeyDer(const DataBuffer& pkcs8, LogBase& log);
 
     // Takes a share in the private key that `other` holds, with its not-exportable mark. False, and
@@ -47,7 +50,7 @@ public:
     bool getPrivateKeyDer(DataBuffer& pkcs8, bool& notExportable) const;
 
     // Whether the private key that `other` holds has the public key held here. Unknown when its
-    // encoding does not tell, or there is none.
+    // public half is not known, or there is none. Cheap: compares what loading has computed.
     certstore::KeyMatch match(const _zvPublicKey& other) const noexcept;
 
     // Forbids for good that the private key held now is handed out, here and wherever it is shared.
@@ -58,8 +61,7 @@ public:
 
 private:
     bool publish(const certstore::PrivateKey* key, LogBase& log);
-    certstore::KeyMatch matchEncoded(certstore::ByteView pkcs8) const noexcept;
-    bool belongs(certstore::ByteView pkcs8, LogBase& log) const;
+    certstore::KeyMatch match(const certstore::PrivateKey& key) const noexcept;
 
     certstore::ByteView m_spki;
     std::atomic<const certstore::PrivateKey*> m_private{nullptr};

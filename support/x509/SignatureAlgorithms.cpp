@@ -26,6 +26,13 @@ constexpr SignatureAlgorithm kAlgorithms[] = {
     {OidBytes("2.16.840.1.101.3.4.3.10"), "ecdsa-with-SHA3-256", kEcdsa, Sha3_256},
     {OidBytes("2.16.840.1.101.3.4.3.11"), "ecdsa-with-SHA3-384", kEcdsa, Sha3_384},
     {OidBytes("2.16.840.1.101.3.4.3.12"), "ecdsa-with-SHA3-512", kEcdsa, Sha3_512},
+    {OidBytes("1.2.840.10040.4.3"), "dsa-with-sha1", kDsa, Sha1},
+    // The same under the older OID of the OIW.
+    {OidBytes("1.3.14.3.2.27"), "dsaWithSHA1", kDsa, Sha1},
+    {OidBytes("2.16.840.1.101.3.4.3.1"), "dsa-with-sha224", kDsa, Sha224},
+    {OidBytes("2.16.840.1.101.3.4.3.2"), "dsa-with-sha256", kDsa, Sha256},
+    {OidBytes("2.16.840.1.101.3.4.3.3"), "dsa-with-sha384", kDsa, Sha384},
+    {OidBytes("2.16.840.1.101.3.4.3.4"), "dsa-with-sha512", kDsa, Sha512},
     {OidBytes("1.2.840.113549.1.1.10"), "rsassaPss", kRsaPss},
     {OidBytes("1.2.840.113549.1.1.15"), "sha512-224WithRSAEncryption", kRsaPkcs1, Sha512_224},
     {OidBytes("1.2.840.113549.1.1.16"), "sha512-256WithRSAEncryption", kRsaPkcs1, Sha512_256},

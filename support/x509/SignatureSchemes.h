@@ -49,6 +49,13 @@ const char* verifyEcdsaScheme(const SignatureInput& input);
 inline constexpr OidBytes kEcdsaKeys[] = {OidBytes("1.2.840.10045.2.1")};
 inline constexpr SignatureScheme kEcdsa{verifyEcdsaScheme, kEcdsaKeys};
 
+// DSA (FIPS 186-4, RFC 5758 section 3.1), its parameters absent, or NULL as some have written. The
+// key must bring its own parameters: to inherit those of the issuer (RFC 3279 section 2.3.2) would
+// make the answer depend on more than the two certificates.
+const char* verifyDsaScheme(const SignatureInput& input);
+inline constexpr OidBytes kDsaKeys[] = {OidBytes("1.2.840.10040.4.1")};
+inline constexpr SignatureScheme kDsa{verifyDsaScheme, kDsaKeys};
+
 // EdDSA (RFC 8032, the pure variants). Parameters must be absent (RFC 8410 section 3), but signers
 // have written NULL. The algorithm of the signature and that of the key have one OID.
 const char* verifyEd25519Scheme(const SignatureInput& input);

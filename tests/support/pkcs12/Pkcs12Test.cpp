@@ -228,30 +228,35 @@ Bytes pkcs8Of(const char* file) {
     return Bytes(certstore::textOf(bytes.view()));
 }
 
-// The same EC key without its public half: only the secret number is left.
-Bytes withoutPublicHalf(const Bytes& pkcs8) {
-    const Bytes algorithm =
-        sequence(oid(OidBytes("1.2.840.10045.2.1")) + oid(OidBytes("1.2.840.10045.3.1.7")));
+// The same EC key without its public half, which follows from the rest, or not even with its curve.
+Bytes withoutPublicHalf(const Bytes& pkcs8, bool withCurve = true) {
+    const Bytes curve = withCurve ? oid(OidBytes("1.2.840.10045.3.1.7")) : "";
+    const Bytes algorithm = sequence(oid(OidBytes("1.2.840.10045.2.1")) + curve);
     const Bytes secret = sequence(number(1) + der(0x04, pkcs8.substr(36, 32)));
     return sequence(number(0) + algorithm + der(0x04, secret));
 }
 
 TEST(Pkcs12, KeysGoToTheirCertificatesWhateverIdentifiersSay) {
     const Bytes leafKey = pkcs8Of("leaf.key"), rsaKey = pkcs8Of("rsa-leaf.key");
+    const Bytes renewedKey = withoutPublicHalf(pkcs8Of("renewed.key"));
+    const Bytes secretKey = withoutPublicHalf(leafKey),
+                unknownKey = withoutPublicHalf(leafKey, false);
     const Bytes certs = certBag("leaf.pem", 1) + certBag("rsa-leaf.pem", 2);
+    const Bytes ecCerts = certBag("leaf.pem", 1) + certBag("renewed-a.pem", 2);
     const struct {
         const char* sentence;
         Bytes bags;
-        bool leafHasKey, rsaHasKey;
+        bool firstHasKey, secondHasKey;
     } kCases[] = {
         {"crossed identifiers", certs + keyBag(leafKey, 2) + keyBag(rsaKey, 1), true, true},
         {"keys first", keyBag(rsaKey, 9) + keyBag(leafKey, 9) + certs, true, true},
-        {"no public half, but the identifier", certs + keyBag(withoutPublicHalf(leafKey), 1), true,
+        {"no public halves, two of a kind", ecCerts + keyBag(secretKey, 2) + keyBag(renewedKey, 1),
+         true, true},
+        {"no public half, not its identifier", certs + keyBag(secretKey, 2), true, false},
+        {"no curve, but the identifier", certs + keyBag(unknownKey, 1), true, false},
+        {"no curve, no such identifier", certs + keyBag(unknownKey, 3), false, false},
+        {"the identifier of a certificate of another kind", certs + keyBag(unknownKey, 2), false,
          false},
-        {"no public half, no such identifier", certs + keyBag(withoutPublicHalf(leafKey), 3), false,
-         false},
-        {"the identifier of a certificate of another kind",
-         certs + keyBag(withoutPublicHalf(leafKey), 2), false, false},
         {"a key that belongs to neither", certs + keyBag(pkcs8Of("leaf-other.key"), 1), false,
          false},
     };
@@ -263,9 +268,9 @@ TEST(Pkcs12, KeysGoToTheirCertificatesWhateverIdentifiersSay) {
         bool macVerified = true;
         ASSERT_TRUE(container.pkcs12FromDb(pfx, nullptr, macVerified, log)) << log.getText();
         EXPECT_FALSE(macVerified);
-        EXPECT_EQ(container.getPkcs12Cert(0, log)->hasPrivateKey(false, log), c.leafHasKey)
+        EXPECT_EQ(container.getPkcs12Cert(0, log)->hasPrivateKey(false, log), c.firstHasKey)
             << c.sentence;
-        EXPECT_EQ(container.getPkcs12Cert(1, log)->hasPrivateKey(false, log), c.rsaHasKey)
+        EXPECT_EQ(container.getPkcs12Cert(1, log)->hasPrivateKey(false, log), c.secondHasKey)
             << c.sentence;
     }
 }

@@ -48,12 +48,12 @@ const PemCase kCases[] = {
     {"a foreign key stays alone", "leaf.pem leaf-other.key rsa-leaf.pem", "- -"},
     {"bad blocks between good ones", "bundle-mixed.pem", "- - - bundle-mixed.pem",
      "PEM block 4, CERTIFICATE: Not a certificate:|PEM block 5, CERTIFICATE: not base64."},
-    {"no public half: before", "leaf.pem key-ec-no-public.key root.pem", "leaf.key -"},
-    {"no public half: behind", "rsa-leaf.pem key-ec-no-public.key leaf.pem", "- leaf.key"},
-    {"no public half: not further away", "leaf.pem rsa-leaf.pem key-ec-no-public.key", "- -"},
-    {"no public half: public keys first", "renewed-a.pem key-ec-no-public.key renewed.key",
-     "renewed.key"},
-    {"no public half: unreadable between", "leaf.pem root.pem:broken key-ec-no-public.key", "-",
+    {"no public half", "leaf.pem rsa-leaf.pem root.pem key-ec-no-public.key", "leaf.key - -"},
+    {"no curve: before", "leaf.pem key-ec-unknown.key root.pem", "leaf.key -"},
+    {"no curve: behind", "rsa-leaf.pem key-ec-unknown.key leaf.pem", "- leaf.key"},
+    {"no curve: not further away", "leaf.pem rsa-leaf.pem key-ec-unknown.key", "- -"},
+    {"no curve: public keys first", "renewed-a.pem key-ec-unknown.key renewed.key", "renewed.key"},
+    {"no curve: unreadable between", "leaf.pem root.pem:broken key-ec-unknown.key", "-",
      "PEM block 2, CERTIFICATE: not base64."},
     {"wrong password", "leaf.pem key-ec-encrypted.key key-rsa-encrypted.key leaf.key", "leaf.key",
      "PEM block 2, ENCRYPTED PRIVATE KEY: decryption failed.|"
@@ -65,7 +65,8 @@ const PemCase kCases[] = {
     {"encrypted by headers", "rsa-leaf.pem key-rsa-traditional-encrypted.key", "-",
      "PEM block 2, RSA PRIVATE KEY: "
      "traditional encryption (Proc-Type: 4,ENCRYPTED) is not supported."},
-    {"no curve", "key-ec-no-curve.key", "", "PEM block 1, EC PRIVATE KEY: the curve is not given."},
+    {"no curve, traditional", "key-ec-no-curve.key", "",
+     "PEM block 1, EC PRIVATE KEY: the curve is not given."},
     {"lost ends", "leaf.key:endless leaf.pem root.pem:endless", "-",
      "PEM before block 1, PRIVATE KEY: its end is missing.|"
      "PEM before block 2, CERTIFICATE: its end is missing."},

@@ -1,0 +1,35 @@
+#include "support/x509/KeyTypes.h"
+
+namespace certstore {
+
+namespace {
+
+constexpr KeyType kKeyTypes[] = {
+    {OidBytes("1.2.840.113549.1.1.1"), "RSA", KeyFamily::Rsa},
+    {OidBytes("1.2.840.10045.2.1"), "EC", KeyFamily::Ec},
+    {OidBytes("1.2.840.113549.1.1.10"), "RSASSA-PSS", KeyFamily::Rsa},
+    {OidBytes("1.2.840.10040.4.1"), "DSA", KeyFamily::Dsa},
+    {OidBytes("1.3.101.110"), "X25519", KeyFamily::X25519},
+    {OidBytes("1.3.101.111"), "X448", KeyFamily::X448},
+    {OidBytes("1.3.101.112"), "Ed25519", KeyFamily::Ed25519},
+    {OidBytes("1.3.101.113"), "Ed448", KeyFamily::Ed448},
+    {OidBytes("2.16.840.1.101.3.4.3.17"), "ML-DSA-44"},
+    {OidBytes("2.16.840.1.101.3.4.3.18"), "ML-DSA-65"},
+    {OidBytes("2.16.840.1.101.3.4.3.19"), "ML-DSA-87"},
+};
+
+}  // namespace
+
+const KeyType* findKeyType(ByteView algorithm) noexcept {
+    for (const KeyType& type : kKeyTypes)
+        if (type.oid == algorithm)
+            return &type;
+    return nullptr;
+}
+
+KeyFamily keyFamilyOf(ByteView algorithm) noexcept {
+    const KeyType* type = findKeyType(algorithm);
+    return type ? type->family : KeyFamily::Other;
+}
+
+}  // namespace certstore

@@ -1,0 +1,137 @@
+#include <gtest/gtest.h>
+
+#include "support/asn1/DerWriter.h"
+#include "support/asn1/Oid.h"
+#include "support/encoding/Base64.h"
+#include "support/encoding/Pem.h"
+#include "support/log/LogText.h"
+#include "support/x509/KeyMatch.h"
+#include "support/x509/PublicKey.h"
+#include "tests/common/TestFiles.h"
+
+namespace {
+
+using certstore::bytesOf;
+using certstore::KeyMatch;
+using certstore::OidBytes;
+using Bytes = std::string;
+
+struct KeyPair {
+    Bytes pkcs8, spki;
+};
+
+Bytes decode(std::string_view base64) {
+    DataBuffer der;
+    EXPECT_TRUE(certstore::decodeBase64(base64, der));
+    return Bytes(certstore::textOf(der.view()));
+}
+
+// Private keys of every kind without public half, several of a kind among them, and their public
+// keys.
+std::vector<KeyPair> readPairs() {
+    const std::string text = testfiles::readFile(testfiles::data("key-pairs.pem"));
+    certstore::PemWalker walker(text);
+    certstore::PemBlock privateKey, publicKey;
+    std::vector<KeyPair> pairs;
+    while (walker.next(privateKey) && walker.next(publicKey))
+        pairs.push_back({decode(privateKey.body), decode(publicKey.body)});
+    return pairs;
+}
+
+// Empty when the key is loaded, else the error.
+Bytes load(const Bytes& pkcs8, _zvPublicKey& key) {
+    DataBuffer der, out;
+    der.append(bytesOf(pkcs8));
+    LogText log;
+    bool notExportable = false;
+    const bool loaded = key.loadPrivateKeyDer(der, log);
+    EXPECT_EQ(loaded, log.getText().empty());
+    EXPECT_EQ(key.getPrivateKeyDer(out, notExportable), loaded);
+    EXPECT_EQ(out.equals(der), loaded) << "not handed out as it was loaded";
+    return log.getText();
+}
+
+TEST(PublicHalf, OfEveryKindIsComputedAndFitsNoOtherKey) {
+    const std::vector<KeyPair> pairs = readPairs();
+    ASSERT_EQ(pairs.size(), 19U);
+    for (std::size_t i = 0; i < pairs.size(); ++i) {
+        _zvPublicKey key;
+        EXPECT_EQ(load(pairs[i].pkcs8, key), "") << i;
+        for (std::size_t j = 0; j < pairs.size(); ++j) {
+            const _zvPublicKey publicKey(bytesOf(pairs[j].spki));
+            EXPECT_EQ(publicKey.match(key), i == j ? KeyMatch::Same : KeyMatch::Different)
+                << i << " and " << j;
+        }
+    }
+}
+
+Bytes der(unsigned char tag, const Bytes& content) {
+    DataBuffer out;
+    certstore::appendDer(out, tag, bytesOf(content));
+    return Bytes(certstore::textOf(out.view()));
+}
+
+Bytes der(const OidBytes& oid) {
+    return der(0x06, Bytes(certstore::textOf(oid.view())));
+}
+
+// PKCS#8 of version 0, or of version 1 with a public half.
+Bytes pkcs8(const Bytes& algorithm, const Bytes& key, const Bytes& publicHalf = "") {
+    const Bytes tail = publicHalf.empty() ? "" : der(0x81, Bytes(1, '\0') + publicHalf);
+    return der(0x30,
+               der(0x02, {static_cast<char>(!tail.empty())}) + der(0x30, algorithm) + der(0x04, key)
+                   + tail);
+}
+
+// An ECPrivateKey; `tail` are its optional fields.
+Bytes ecKey(const Bytes& scalar, const Bytes& tail = "") {
+    return der(0x30, der(0x02, "\x01") + der(0x04, scalar) + tail);
+}
+
+TEST(PublicHalf, InTheEncodingIsNotBelieved) {
+    const Bytes p256 = der(OidBytes("1.2.840.10045.3.1.7")), p384 = der(OidBytes("1.3.132.0.34"));
+    const Bytes ec = der(OidBytes("1.2.840.10045.2.1")), ed = der(OidBytes("1.3.101.112"));
+    const std::vector<KeyPair> pairs = readPairs();
+    const KeyPair &ecPair = pairs[2], &edPair = pairs[12];
+    const Bytes scalar = ecPair.pkcs8.substr(35), point = ecPair.spki.substr(26);
+    const Bytes seed = edPair.pkcs8.substr(14), edPublic = edPair.spki.substr(12);
+    const Bytes y = point.substr(33),
+                compressed = Bytes(1, y.back() & 1 ? 3 : 2) + point.substr(1, 32);
+    const auto bits = [](const Bytes& bytes) {
+        return der(0xa1, der(0x03, Bytes(1, '\0') + bytes));
+    };
+    const auto changed = [](Bytes bytes) {
+        bytes.back() ^= 1;
+        return bytes;
+    };
+    constexpr const char* kWrong = "ERROR: The private key's public half does not belong to it.\n";
+    constexpr const char* kRange = "ERROR: The private key is out of range for its kind.\n";
+    constexpr const char* kMalformed = "ERROR: Not an unencrypted PKCS#8 private key.\n";
+    const struct {
+        const char* sentence;
+        Bytes pkcs8;
+        const char* error;
+    } kCases[] = {
+        {"EC, the right one", pkcs8(ec + p256, ecKey(scalar, bits(point))), ""},
+        {"EC, the right one compressed", pkcs8(ec + p256, ecKey(scalar, bits(compressed))), ""},
+        {"EC, a wrong one", pkcs8(ec + p256, ecKey(scalar, bits(changed(point)))), kWrong},
+        {"EC, behind the key", pkcs8(ec + p256, ecKey(scalar), changed(point)), kWrong},
+        {"EC, a scalar too large", pkcs8(ec + p256, ecKey(Bytes(32, '\xff'))), kRange},
+        {"EC, no scalar", pkcs8(ec + p256, ecKey("", bits(point))), kRange},
+        {"EC, the curve inside", pkcs8(ec, ecKey(scalar, der(0xa0, p256))), ""},
+        {"EC, two curves", pkcs8(ec + p384, ecKey(scalar, der(0xa0, p256))), kMalformed},
+        {"Ed25519, the right one", pkcs8(ed, seed, edPublic), ""},
+        {"Ed25519, a wrong one", pkcs8(ed, seed, changed(edPublic)), kWrong},
+        {"Ed25519, too short", pkcs8(ed, der(0x04, Bytes(31, 'x'))), kRange},
+        {"Ed25519, not wrapped", pkcs8(ed, seed.substr(2)), kMalformed},
+    };
+    for (const auto& c : kCases) {
+        _zvPublicKey key;
+        EXPECT_EQ(load(c.pkcs8, key), c.error) << c.sentence;
+        const _zvPublicKey publicKey(bytesOf(c.sentence[1] == 'C' ? ecPair.spki : edPair.spki));
+        EXPECT_EQ(publicKey.match(key), *c.error ? KeyMatch::Unknown : KeyMatch::Same)
+            << c.sentence;
+    }
+}
+
+}  // namespace
