@@ -1,0 +1,108 @@
+// How often each operation allocates: ours, and the floor, which allocates what it must. Counted by
+// the operators that this program replaces, so times are not those of other programs.
+
+#include <atomic>
+#include <cstdlib>
+#include <new>
+
+#include "bench/common/Bench.h"
+#include "bench/common/Certificates.h"
+#include "bench/common/LoadedStore.h"
+#include "bench/peers/Peers.h"
+
+namespace {
+
+std::atomic<std::size_t> g_allocations{0};
+
+void* allocate(std::size_t size) {
+    g_allocations.fetch_add(1, std::memory_order_relaxed);
+    if (void* block = std::malloc(size))
+        return block;
+    throw std::bad_alloc();
+}
+
+}  // namespace
+
+// The array and nothrow forms end up here.
+void* operator new(std::size_t size) {
+    return allocate(size);
+}
+void operator delete(void* block) noexcept {
+    std::free(block);
+}
+void operator delete(void* block, std::size_t) noexcept {
+    std::free(block);
+}
+
+using namespace certbench;
+
+namespace {
+
+constexpr int kStoreSize = 10'000;
+
+constexpr int kCalls = 1'000;
+
+// The first call makes what the others need and is not counted.
+enum class Step { Prepare, Count };
+
+// Counts the allocations of each call of `operation`, which tells whether it did its work.
+template <typename Operation>
+void countAllocations(const std::string& workload, const Peer& peer, Operation operation) {
+    const auto run = [=](benchmark::State& state) mutable {
+        bool good = operation(Step::Prepare);
+        const std::size_t before = g_allocations;
+        for (auto _ : state)
+            if (!(good = good && operation(Step::Count)))
+                state.SkipWithError("does not do it");
+        state.counters["allocations"] = benchmark::Counter(
+            static_cast<double>(g_allocations - before), benchmark::Counter::kAvgIterations);
+    };
+    benchmark::RegisterBenchmark((workload + "|" + peer.name).c_str(), run)->Iterations(kCalls);
+}
+
+void countParse(const Peer& peer) {
+    static const std::string text = certificateDer(1);
+    const ByteView der = certstore::bytesOf(text);
+    countAllocations("parse a certificate", peer, [=](Step) { return peer.parse(der, nullptr); });
+    countAllocations("parse a certificate and read its fields", peer,
+                     [=, fields = FieldSink()](Step) mutable { return peer.parse(der, &fields); });
+}
+
+void countSearch(const Peer& peer, const char* name, Search search) {
+    countAllocations(
+        name, peer,
+        [=, &peer, queries = std::size_t{0}, query = std::size_t{0}](Step step) mutable {
+            LoadedStore& loaded = LoadedStore::get(peer, kStoreSize);
+            if (step == Step::Prepare)
+                queries = loaded.prepare(search, Outcome::Hit);
+            return queries != 0 && loaded.store().find(query++ % queries, nullptr);
+        });
+}
+
+void countAdd(const Peer& peer) {
+    using Ders = std::vector<std::string>;
+    countAllocations("add a certificate", peer,
+                     [&peer, ders = Ders(), next = std::size_t{0}](Step step) mutable {
+                         LoadedStore& loaded = LoadedStore::get(peer, kStoreSize);
+                         if (step == Step::Prepare)
+                             ders = loaded.takeNew(kCalls + 1);
+                         return loaded.store().add(certstore::bytesOf(ders[next++]));
+                     });
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    static const Peer peers[] = {certstorePeer(), floorPeer()};
+    for (const Peer& peer : peers) {
+        countParse(peer);
+        countSearch(peer, "find by subject", Search::Subject);
+        countSearch(peer, "find by serial number and issuer", Search::SerialAndIssuer);
+        countSearch(peer, "find by subject key identifier", Search::SubjectKeyId);
+        countSearch(peer, "find by e-mail address", Search::Email);
+        countSearch(peer, "find the issuer", Search::Issuer);
+        countSearch(peer, "build a chain of three, unverified", Search::Chain);
+        countAdd(peer);
+    }
+    return runBenchmarks(argc, argv);
+}
