@@ -38,6 +38,8 @@ using namespace certbench;
 
 namespace {
 
+constexpr const char* kNote = "Calls of `operator new`.";
+
 constexpr int kStoreSize = 10'000;
 
 constexpr int kCalls = 1'000;
@@ -104,5 +106,5 @@ int main(int argc, char** argv) {
         countSearch(peer, "build a chain of three, unverified", Search::Chain);
         countAdd(peer);
     }
-    return runBenchmarks(argc, argv);
+    return runBenchmarks(argc, argv, kNote);
 }

@@ -8,6 +8,8 @@ using namespace certbench;
 
 namespace {
 
+constexpr const char* kNote = "Time on the wall for each search that any of the threads finishes.";
+
 void findInThreads(benchmark::State& state, const Peer& peer) {
     static LoadedStore* loaded;
     static std::size_t queries;
@@ -49,5 +51,5 @@ int main(int argc, char** argv) {
                 registerPeer(peer, size);
         registerPeer(lockedFloor, size);
     }
-    return runBenchmarks(argc, argv);
+    return runBenchmarks(argc, argv, kNote);
 }

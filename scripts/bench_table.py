@@ -5,13 +5,14 @@
 
 The reports are those of Google Benchmark (--benchmark_out_format=json). Benchmarks are named
 "workload|library" or "workload|library/N:100000" (bench/common/Bench.h): the former makes the row,
-the latter the column. A cell is the median of the repetitions, and how many times ours it takes.
+the latter the column. A cell is the median of the repetitions (of a report without medians the last
+of them), and how many times ours it takes; or why there is no time. A benchmark that counts instead
+(benchmark::State::counters) makes a row of each counter.
 """
 
 import json
 import os
 import re
-import statistics
 import sys
 
 OURS = "certstore"
@@ -20,34 +21,55 @@ NANOSECONDS = {"ns": 1, "us": 1e3, "ms": 1e6, "s": 1e9}
 OPTION = re.compile(r"(manual_time|real_time|process_time|(min_time|min_warmup_time|iterations"
                     r"|repeats):.*)$")
 
+# What Google Benchmark itself puts into a report beside strings.
+STANDARD = {"family_index", "per_family_instance_index", "repetitions", "repetition_index", "threads",
+            "iterations", "real_time", "cpu_time", "items_per_second", "error_occurred"}
+
+
+class Count(float):
+    """A number that is no time."""
+
+
+def parse_name(name):
+    """((workload, N), library, whether its "real" time counts). N is None or the number
+    behind "/N:"; labels that mean nothing here stay in the workload."""
+    workload, _, rest = name.rpartition("|")
+    library, *labels = rest.split("/")
+    by_real = "real_time" in labels or "manual_time" in labels
+    size = None
+    for label in labels:
+        if label.startswith("N:"):
+            size = int(label[2:])
+        elif not OPTION.match(label):
+            workload += "/" + label
+    return (workload, size), library, by_real
+
 
 def read_report(path):
-    """The context, and {(workload, N): {library: nanoseconds or text of a failure}}, both in the
-    order of registration. N is None or the number behind "/N:"; other labels stay in the workload."""
+    """The context, and {(workload, N): {library: nanoseconds, Count or text of a failure}} in the
+    order of registration, those of one workload together: the report itself is in that of running,
+    which interleaving makes random."""
     with open(path, encoding="utf-8") as file:
         report = json.load(file)
-    times, failures = {}, {}
-    # The report itself is in the order of running, which interleaving makes random.
-    for run in sorted(report["benchmarks"],
-                      key=lambda run: (run["family_index"], run["per_family_instance_index"])):
-        workload, _, rest = run["run_name"].rpartition("|")
-        library, *labels = rest.split("/")
-        by_wall = "manual_time" in labels or "real_time" in labels
-        labels = [label for label in labels if not OPTION.match(label)]
-        size = next((int(label[2:]) for label in labels if label.startswith("N:")), None)
-        workload = "/".join([workload] + [label for label in labels if not label.startswith("N:")])
-        key = workload, size, library
-        times.setdefault(key, {"median": [], "single": []})
-        if run.get("error_occurred"):
-            failures[key] = run["error_message"]
-        elif run["run_type"] == "iteration" or run["aggregate_name"] == "median":
-            kind = "single" if run["run_type"] == "iteration" else "median"
-            time = run["real_time" if by_wall else "cpu_time"]
-            times[key][kind].append(time * NANOSECONDS[run["time_unit"]])
+    runs = sorted(report["benchmarks"],
+                  key=lambda run: (run["family_index"], run["per_family_instance_index"]))
     rows = {}
-    for key, found in times.items():
-        value = failures.get(key) or statistics.median(found["median"] or found["single"])
-        rows.setdefault(key[:2], {})[key[2]] = value
+    for run in runs:
+        key, library, by_real = parse_name(run["run_name"])
+        counts = {name: Count(value) for name, value in run.items()
+                  if name not in STANDARD and isinstance(value, float)}
+        if run.get("error_occurred"):
+            rows.setdefault(key, {})[library] = run["error_message"]
+        elif run.get("aggregate_name", "median") != "median":
+            continue
+        elif counts:
+            for name, value in counts.items():
+                rows.setdefault((f"{key[0]}: {name}", key[1]), {})[library] = value
+        else:
+            time = run["real_time" if by_real else "cpu_time"]
+            rows.setdefault(key, {})[library] = time * NANOSECONDS[run["time_unit"]]
+    workloads = list(dict.fromkeys(workload for workload, _ in rows))
+    rows = dict(sorted(rows.items(), key=lambda row: (workloads.index(row[0][0]), row[0][1] or 0)))
     return report["context"], rows
 
 
@@ -64,9 +86,10 @@ def cell(row, library):
         return ""
     if isinstance(value, str):
         return "— " + value.replace("|", "/")
-    if library == OURS or not isinstance(ours, float):
-        return as_time(value)
-    return f"{as_time(value)} ({value / ours:.2f})"
+    text = f"{value:,.0f}" if isinstance(value, Count) else as_time(value)
+    if library == OURS or not isinstance(ours, float) or ours == 0:
+        return text
+    return f"{text} ({value / ours:.2f})"
 
 
 def write_table(rows):
@@ -83,13 +106,15 @@ def main(paths):
     heading = None
     for path in paths:
         context, rows = read_report(path)
-        lines = [f"{key.capitalize()}: {context[key]}" for key in ("processor", "compiler", "peers")
+        lines = [f"{key.capitalize()}: {context[key]}" for key in ("processor", "compiler")
                  if context.get(key)]
         print(f"## {os.path.splitext(os.path.basename(path))[0]}\n")
         if lines != heading:
             print("  \n".join(lines))
             print(f"\nMedians of one run; in parentheses the time as a multiple of {OURS}'s.\n")
             heading = lines
+        if context.get("note"):
+            print(context["note"] + "\n")
         write_table(rows)
         print()
 

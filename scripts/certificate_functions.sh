@@ -18,7 +18,7 @@ ca_extensions=$'basicConstraints=critical,CA:TRUE\nkeyUsage=critical,keyCertSign
 leaf_extensions=$'basicConstraints=critical,CA:FALSE\nkeyUsage=critical,digitalSignature'
 }
 
-# make_key NAME [curve|ED25519|ED448|RSA bits|RSA-PSS|DSA]. An RSA-PSS key may only sign with SHA-256
+# make_key NAME [curve|ED25519|ED448|RSA bits|RSA-PSS|DSA]: an RSA-PSS key may sign only with SHA-256
 # and a salt of 32 bytes; it and the DSA key have 2,048 bits.
 make_key() {
     local name=$1 kind=${2:-P-256}

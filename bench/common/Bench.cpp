@@ -1,5 +1,7 @@
 #include "bench/common/Bench.h"
 
+#include <time.h>
+
 #include <cstdlib>
 #include <fstream>
 #include <iostream>
@@ -71,13 +73,17 @@ std::vector<std::string> readTestCerts(const std::string& name) {
     return all;
 }
 
-int runBenchmarks(int argc, char** argv) {
+double processorSeconds() {
+    // std::clock() counts microseconds, which is too coarse.
+    timespec now{};
+    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &now);
+    return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) * 1e-9;
+}
+
+int runBenchmarks(int argc, char** argv, const std::string& note) {
     benchmark::AddCustomContext("processor", processorName());
     benchmark::AddCustomContext("compiler", compilerName());
-    std::string peers = libcryptoName();
-    if (!peers.empty() && !gnutlsName().empty())
-        peers += ", ";
-    benchmark::AddCustomContext("peers", peers + gnutlsName());
+    benchmark::AddCustomContext("note", note);
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv))
         return 1;

@@ -2,7 +2,6 @@
 
 #include <benchmark/benchmark.h>
 
-#include <chrono>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -30,9 +29,13 @@ std::string readTestFile(const std::string& name);
 // The certificates of such a PEM file, each as its DER, in the file's order.
 std::vector<std::string> readTestCerts(const std::string& name);
 
-// Runs what was registered, as the command line of Google Benchmark says, with the processor, the
-// compiler and the peers in the report's context. The result is that of main().
-int runBenchmarks(int argc, char** argv);
+// Runs what was registered, as the command line of Google Benchmark says, with the processor and
+// the compiler in the report's context, and `note`, which the table shows. The result is that of
+// main().
+int runBenchmarks(int argc, char** argv, const std::string& note = {});
+
+// Time that this process has had of the processor: what else runs meanwhile does not count.
+double processorSeconds();
 
 // Registers one cell of the table: the time of `operation`, which takes nothing and returns whether
 // it did its work. When it did not, the cell shows what `reason()`, asked right after, returns
@@ -61,14 +64,14 @@ benchmark::internal::Benchmark* measureFresh(const std::string& workload,
     const auto run = [=](benchmark::State& state) mutable {
         for (auto _ : state) {
             auto value = prepare();
-            const auto start = std::chrono::steady_clock::now();
+            const double start = processorSeconds();
             const bool good = operation(value);
-            const auto end = std::chrono::steady_clock::now();
+            const double end = processorSeconds();
             if (!good) {
                 state.SkipWithError(std::string(reason()).c_str());
                 break;
             }
-            state.SetIterationTime(std::chrono::duration<double>(end - start).count());
+            state.SetIterationTime(end - start);
         }
     };
     return benchmark::RegisterBenchmark((workload + "|" + library).c_str(), run)->UseManualTime();

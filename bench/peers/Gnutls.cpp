@@ -246,7 +246,7 @@ Peer gnutlsPeer() {
                     return byName ? Way::Index : Way::Walk;
                 },
             .largestStore = 100'000,
-            .whyNotLarger = "not run: needs over 10 GB"};
+            .whyNotLarger = "not run: needs 30 GB"};
 }
 
 }  // namespace certbench

@@ -217,7 +217,7 @@ Peer mbedtlsPeer() {
             },
             .way = [](Search) { return Way::Walk; },
             .largestStore = 100'000,
-            .whyNotLarger = "not run: walks a list"};
+            .whyNotLarger = "not run: a walk each time"};
 }
 
 }  // namespace certbench

@@ -159,7 +159,7 @@ Peer nssPeer() {
             },
             .way = wayOf,
             .largestStore = 100'000,
-            .whyNotLarger = "not run: needs over 10 GB"};
+            .whyNotLarger = "not run: needs 10 GB"};
 }
 
 }  // namespace certbench

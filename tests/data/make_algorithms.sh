@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Writes algorithms.pem, a self-signed certificate of each signature algorithm, and chain-rsa.pem.
+# Writes algorithms.pem, self-signed certificates of all signature algorithms, and chain-rsa.pem.
 # The common name tells key and algorithm; tests and benchmarks know the certificates by it.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")"
