@@ -38,5 +38,6 @@ find "$reports" -name '*.json' -empty -delete  # of programs that a filter left 
 python3 scripts/bench_table.py "$reports"/*.json | tee "$reports/bench.md"
 if [[ $# -eq 0 ]]; then
     cp "$reports/bench.md" bench/RESULTS.md
-    python3 scripts/bench_picture.py "$reports/store_bench.json" bench/cost.svg
+    # The system's python, to which the system's packages belong.
+    /usr/bin/python3 scripts/bench_picture.py "$reports/store_bench.json" bench/cost.svg
 fi

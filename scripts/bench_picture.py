@@ -1,4 +1,4 @@
-#!/usr/bin/env python3
+#!/usr/bin/python3
 """Draws what finding and adding cost against the number of certificates in the store.
 
     bench_picture.py REPORT.json PICTURE.svg
@@ -38,8 +38,9 @@ def draw_panel(axes, title, lines):
         axes.loglog(*zip(*points), marker="o", markersize=4, label=library, **style_of(library))
     axes.set_title(title)
     axes.set_xlabel("certificates in the store")
+    axes.tick_params(labelsize="small")
     axes.xaxis.set_major_formatter(lambda size, _: f"{size:,.0f}")
-    axes.yaxis.set_major_formatter(lambda time, _: as_time(time).replace(".00", ""))
+    axes.yaxis.set_major_formatter(lambda time, _: as_time(time).replace(".00 ", " ").replace(".0 ", " "))
     axes.grid(True, which="major", alpha=0.3)
 
 
@@ -47,7 +48,7 @@ def main(report, picture):
     _, rows = read_report(report)
     # Text stays text, and the same numbers give the same file.
     plt.rcParams.update({"svg.fonttype": "none", "svg.hashsalt": OURS})
-    figure, panels = plt.subplots(1, len(PANELS), figsize=(10, 4.2), sharey=True)
+    figure, panels = plt.subplots(1, len(PANELS), figsize=(11, 4.2), sharey=True)
     for axes, (workload, title) in zip(panels, PANELS.items()):
         draw_panel(axes, title, curves(rows, workload))
     panels[0].set_ylabel("time of one call")

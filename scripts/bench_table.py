@@ -73,11 +73,14 @@ def read_report(path):
     return report["context"], rows
 
 
+def three_digits(number):
+    return f"{number:.{2 if number < 9.995 else 1}f}" if number < 99.95 else f"{number:,.0f}"
+
+
 def as_time(nanoseconds):
     units = ("s", 1e9), ("ms", 1e6), ("µs", 1e3), ("ns", 1)
     unit, size = next((unit for unit in units if nanoseconds >= unit[1]), units[-1])
-    number = nanoseconds / size
-    return f"{number:.{2 if number < 10 else 1 if number < 100 else 0}f} {unit}"
+    return f"{three_digits(nanoseconds / size)} {unit}"
 
 
 def cell(row, library):
@@ -86,10 +89,10 @@ def cell(row, library):
         return ""
     if isinstance(value, str):
         return "— " + value.replace("|", "/")
-    text = f"{value:,.0f}" if isinstance(value, Count) else as_time(value)
+    text = three_digits(value) if isinstance(value, Count) else as_time(value)
     if library == OURS or not isinstance(ours, float) or ours == 0:
         return text
-    return f"{text} ({value / ours:.2f})"
+    return f"{text} ({three_digits(value / ours)})"
 
 
 def write_table(rows):
