@@ -33,6 +33,10 @@ def style_of(library):
     return {"linewidth": 1.4, "linestyle": ":" if library == "floor" else "-"}
 
 
+def tick_time(nanoseconds, _):
+    return as_time(nanoseconds).replace(".00 ", " ").replace(".0 ", " ")
+
+
 def draw_panel(axes, title, lines):
     for library, points in lines.items():
         axes.loglog(*zip(*points), marker="o", markersize=4, label=library, **style_of(library))
@@ -40,7 +44,7 @@ def draw_panel(axes, title, lines):
     axes.set_xlabel("certificates in the store")
     axes.tick_params(labelsize="small")
     axes.xaxis.set_major_formatter(lambda size, _: f"{size:,.0f}")
-    axes.yaxis.set_major_formatter(lambda time, _: as_time(time).replace(".00 ", " ").replace(".0 ", " "))
+    axes.yaxis.set_major_formatter(tick_time)
     axes.grid(True, which="major", alpha=0.3)
 
 

@@ -21,9 +21,8 @@ NANOSECONDS = {"ns": 1, "us": 1e3, "ms": 1e6, "s": 1e9}
 OPTION = re.compile(r"(manual_time|real_time|process_time|(min_time|min_warmup_time|iterations"
                     r"|repeats):.*)$")
 
-# What Google Benchmark itself puts into a report beside strings.
-STANDARD = {"family_index", "per_family_instance_index", "repetitions", "repetition_index", "threads",
-            "iterations", "real_time", "cpu_time", "items_per_second", "error_occurred"}
+# What Google Benchmark itself puts into a report with a decimal point.
+STANDARD = {"real_time", "cpu_time", "items_per_second"}
 
 
 class Count(float):

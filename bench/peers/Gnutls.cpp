@@ -149,6 +149,9 @@ public:
             *found = readDatum([cert](gnutls_datum_t* datum) {
                 gnutls_x509_crt_export2(cert, GNUTLS_X509_FMT_DER, datum);
             });
+        // These two searches give their caller a copy.
+        if (cert && (m_search == Search::Subject || m_search == Search::SubjectKeyId))
+            gnutls_x509_crt_deinit(cert);
         return cert;
     }
 
