@@ -29,9 +29,8 @@ using namespace certbench;
 namespace {
 
 constexpr const char* kNote =
-    "Parsing and filling the store are not timed. A later build has the same objects again, so "
-    "that "
-    "a library that remembers good signatures does not check them anew. The peers also look at "
+    "Parsing and filling the store are not timed. A later build has the same objects again: a "
+    "library that remembers good signatures does not check them anew. The peers also look at "
     "purposes, dates, names and policies; certstore only links the certificates and checks all "
     "three signatures. `chain only` of libcrypto is X509_build_chain; GnuTLS has no such call.";
 

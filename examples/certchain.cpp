@@ -20,7 +20,7 @@
 #include "support/x509/CertificateHolder.h"
 #include "support/x509/KeyCodec.h"
 #include "support/x509/PemCertificates.h"
-#include "support/x509/SignatureVerifier.h"
+#include "support/x509/SignatureAlgorithms.h"
 
 namespace {
 

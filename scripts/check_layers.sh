@@ -12,7 +12,7 @@
 #   1  buffers  sync
 #   0  base                         the standard library
 #
-# Processor instructions, and the compiler headers for them, belong in *Instruction*.cpp files alone.
+# Processor instructions, and the compiler headers for them, belong in *Instruction* files alone.
 # Up to line 2 the folders of one line may include each other, from line 5 up they may not.
 set -euo pipefail
 cd "${1:-$(dirname "${BASH_SOURCE[0]}")/..}"
@@ -61,7 +61,7 @@ includes | awk -F '\t' '
         if (!(from in line)) { object("this file belongs to no layer"); next }
         if (match($3, /<[^>]*>/)) {
             header = substr($3, RSTART, RLENGTH)
-            if (header ~ /^<(immintrin|cpuid)\.h>$/ && $1 ~ /Instruction[A-Za-z]*\.cpp$/) next
+            if (header ~ /^<(immintrin|cpuid)\.h>$/ && $1 ~ /Instruction[A-Za-z]*\.(cpp|h)$/) next
             if (header !~ /^<[a-z0-9_]+>$/)
                 object("not of the C++ standard library")
             next

@@ -56,7 +56,7 @@ benchmark::internal::Benchmark* measure(const std::string& workload, const std::
 
 // The same for an operation that must find everything as it is before a first use: `prepare` makes
 // a value, which the operation takes by reference, anew for each call. Neither making it nor
-// destroying it is timed. Time is that of the clock: asking for the processor's costs too much.
+// destroying it is timed.
 template <typename Prepare, typename Operation, typename Reason>
 benchmark::internal::Benchmark* measureFresh(const std::string& workload,
                                              const std::string& library, Prepare prepare,

@@ -21,4 +21,9 @@ bool isCurvePoint(EcCurveId id, ByteView octets) noexcept {
                       [=](auto curve) { return curve.group().decodePoint(octets).has_value(); });
 }
 
+bool isCurveScalar(EcCurveId id, ByteView octets) noexcept {
+    return visitCurve(id,
+                      [=](auto curve) { return curve.group().decodeScalar(octets).has_value(); });
+}
+
 }  // namespace certstore

@@ -7,7 +7,19 @@
 
 namespace certstore {
 
-enum class EcCurveId : unsigned char { P256, P384 };
+enum class EcCurveId : unsigned char {
+    P192,
+    P224,
+    P256,
+    P384,
+    P521,
+    Secp256k1,
+    BrainpoolP224r1,
+    BrainpoolP256r1,
+    BrainpoolP320r1,
+    BrainpoolP384r1,
+    BrainpoolP512r1
+};
 
 // A curve y^2 = x^3 + a x + b over a prime field, with a generator of prime order and cofactor 1.
 // Numbers are hexadecimal, as the standards print them.
@@ -22,10 +34,21 @@ struct EcCurve {
     std::string_view order;
 };
 
-// One curve, one row; nothing else knows the curves by name. SP 800-186 section 3.2.1.
+// One curve, one row: FIPS 186-4 appendix D.1.2, SEC 2 section 2.4.1, RFC 5639 section 3.
 inline constexpr EcCurve kEcCurves[] = {
-    {EcCurveId::P256, 256,  //
-     "ffffffff00000001000000000000000000000000ffffffffffffffffffffffff",
+    {EcCurveId::P192, 192, "fffffffffffffffffffffffffffffffeffffffffffffffff",
+     "fffffffffffffffffffffffffffffffefffffffffffffffc",
+     "64210519e59c80e70fa7e9ab72243049feb8deecc146b9b1",
+     "188da80eb03090f67cbf20eb43a18800f4ff0afd82ff1012",
+     "07192b95ffc8da78631011ed6b24cdd573f977a11e794811",
+     "ffffffffffffffffffffffff99def836146bc9b1b4d22831"},
+    {EcCurveId::P224, 224, "ffffffffffffffffffffffffffffffff000000000000000000000001",
+     "fffffffffffffffffffffffffffffffefffffffffffffffffffffffe",
+     "b4050a850c04b3abf54132565044b0b7d7bfd8ba270b39432355ffb4",
+     "b70e0cbd6bb4bf7f321390b94a03c1d356c21122343280d6115c1d21",
+     "bd376388b5f723fb4c22dfe6cd4375a05a07476444d5819985007e34",
+     "ffffffffffffffffffffffffffff16a2e0b8f03e13dd29455c5c2a3d"},
+    {EcCurveId::P256, 256, "ffffffff00000001000000000000000000000000ffffffffffffffffffffffff",
      "ffffffff00000001000000000000000000000000fffffffffffffffffffffffc",
      "5ac635d8aa3a93e7b3ebbd55769886bc651d06b0cc53b0f63bce3c3e27d2604b",
      "6b17d1f2e12c4247f8bce6e563a440f277037d812deb33a0f4a13945d898c296",
@@ -44,6 +67,83 @@ inline constexpr EcCurve kEcCurves[] = {
      "0a60b1ce1d7e819d7a431d7c90ea0e5f",
      "ffffffffffffffffffffffffffffffffffffffffffffffffc7634d81f4372ddf"
      "581a0db248b0a77aecec196accc52973"},
+    {EcCurveId::P521, 521,
+     "01ffffffffffffffffffffffffffffffffffffffffffffffffffffffffffffff"
+     "ffffffffffffffffffffffffffffffffffffffffffffffffffffffffffffffff"
+     "ffff",
+     "01ffffffffffffffffffffffffffffffffffffffffffffffffffffffffffffff"
+     "ffffffffffffffffffffffffffffffffffffffffffffffffffffffffffffffff"
+     "fffc",
+     "0051953eb9618e1c9a1f929a21a0b68540eea2da725b99b315f3b8b489918ef1"
+     "09e156193951ec7e937b1652c0bd3bb1bf073573df883d2c34f1ef451fd46b50"
+     "3f00",
+     "00c6858e06b70404e9cd9e3ecb662395b4429c648139053fb521f828af606b4d"
+     "3dbaa14b5e77efe75928fe1dc127a2ffa8de3348b3c1856a429bf97e7e31c2e5"
+     "bd66",
+     "011839296a789a3bc0045c8a5fb42c7d1bd998f54449579b446817afbd17273e"
+     "662c97ee72995ef42640c550b9013fad0761353c7086a272c24088be94769fd1"
+     "6650",
+     "01ffffffffffffffffffffffffffffffffffffffffffffffffffffffffffffff"
+     "fffa51868783bf2f966b7fcc0148f709a5d03bb5c9b8899c47aebb6fb71e9138"
+     "6409"},
+    {EcCurveId::Secp256k1, 256, "fffffffffffffffffffffffffffffffffffffffffffffffffffffffefffffc2f",
+     "0000000000000000000000000000000000000000000000000000000000000000",
+     "0000000000000000000000000000000000000000000000000000000000000007",
+     "79be667ef9dcbbac55a06295ce870b07029bfcdb2dce28d959f2815b16f81798",
+     "483ada7726a3c4655da4fbfc0e1108a8fd17b448a68554199c47d08ffb10d4b8",
+     "fffffffffffffffffffffffffffffffebaaedce6af48a03bbfd25e8cd0364141"},
+    {EcCurveId::BrainpoolP224r1, 224, "d7c134aa264366862a18302575d1d787b09f075797da89f57ec8c0ff",
+     "68a5e62ca9ce6c1c299803a6c1530b514e182ad8b0042a59cad29f43",
+     "2580f63ccfe44138870713b1a92369e33e2135d266dbb372386c400b",
+     "0d9029ad2c7e5cf4340823b2a87dc68c9e4ce3174c1e6efdee12c07d",
+     "58aa56f772c0726f24c6b89e4ecdac24354b9e99caa3f6d3761402cd",
+     "d7c134aa264366862a18302575d0fb98d116bc4b6ddebca3a5a7939f"},
+    {EcCurveId::BrainpoolP256r1, 256,
+     "a9fb57dba1eea9bc3e660a909d838d726e3bf623d52620282013481d1f6e5377",
+     "7d5a0975fc2c3057eef67530417affe7fb8055c126dc5c6ce94a4b44f330b5d9",
+     "26dc5c6ce94a4b44f330b5d9bbd77cbf958416295cf7e1ce6bccdc18ff8c07b6",
+     "8bd2aeb9cb7e57cb2c4b482ffc81b7afb9de27e1e3bd23c23a4453bd9ace3262",
+     "547ef835c3dac4fd97f8461a14611dc9c27745132ded8e545c1d54c72f046997",
+     "a9fb57dba1eea9bc3e660a909d838d718c397aa3b561a6f7901e0e82974856a7"},
+    {EcCurveId::BrainpoolP320r1, 320,
+     "d35e472036bc4fb7e13c785ed201e065f98fcfa6f6f40def4f92b9ec7893ec28"
+     "fcd412b1f1b32e27",
+     "3ee30b568fbab0f883ccebd46d3f3bb8a2a73513f5eb79da66190eb085ffa9f4"
+     "92f375a97d860eb4",
+     "520883949dfdbc42d3ad198640688a6fe13f41349554b49acc31dccd88453981"
+     "6f5eb4ac8fb1f1a6",
+     "43bd7e9afb53d8b85289bcc48ee5bfe6f20137d10a087eb6e7871e2a10a599c7"
+     "10af8d0d39e20611",
+     "14fdd05545ec1cc8ab4093247f77275e0743ffed117182eaa9c77877aaac6ac7"
+     "d35245d1692e8ee1",
+     "d35e472036bc4fb7e13c785ed201e065f98fcfa5b68f12a32d482ec7ee8658e9"
+     "8691555b44c59311"},
+    {EcCurveId::BrainpoolP384r1, 384,
+     "8cb91e82a3386d280f5d6f7e50e641df152f7109ed5456b412b1da197fb71123"
+     "acd3a729901d1a71874700133107ec53",
+     "7bc382c63d8c150c3c72080ace05afa0c2bea28e4fb22787139165efba91f90f"
+     "8aa5814a503ad4eb04a8c7dd22ce2826",
+     "04a8c7dd22ce28268b39b55416f0447c2fb77de107dcd2a62e880ea53eeb62d5"
+     "7cb4390295dbc9943ab78696fa504c11",
+     "1d1c64f068cf45ffa2a63a81b7c13f6b8847a3e77ef14fe3db7fcafe0cbd10e8"
+     "e826e03436d646aaef87b2e247d4af1e",
+     "8abe1d7520f9c2a45cb1eb8e95cfd55262b70b29feec5864e19c054ff9912928"
+     "0e4646217791811142820341263c5315",
+     "8cb91e82a3386d280f5d6f7e50e641df152f7109ed5456b31f166e6cac0425a7"
+     "cf3ab6af6b7fc3103b883202e9046565"},
+    {EcCurveId::BrainpoolP512r1, 512,
+     "aadd9db8dbe9c48b3fd4e6ae33c9fc07cb308db3b3c9d20ed6639cca70330871"
+     "7d4d9b009bc66842aecda12ae6a380e62881ff2f2d82c68528aa6056583a48f3",
+     "7830a3318b603b89e2327145ac234cc594cbdd8d3df91610a83441caea9863bc"
+     "2ded5d5aa8253aa10a2ef1c98b9ac8b57f1117a72bf2c7b9e7c1ac4d77fc94ca",
+     "3df91610a83441caea9863bc2ded5d5aa8253aa10a2ef1c98b9ac8b57f1117a7"
+     "2bf2c7b9e7c1ac4d77fc94cadc083e67984050b75ebae5dd2809bd638016f723",
+     "81aee4bdd82ed9645a21322e9c4c6a9385ed9f70b5d916c1b43b62eef4d0098e"
+     "ff3b1f78e2d0d48d50d1687b93b97d5f7c6d5047406a5e688b352209bcb9f822",
+     "7dde385d566332ecc0eabfa9cf7822fdf209f70024a57b1aa000c55b881f8111"
+     "b2dcde494a5f485e5bca4bd88a2763aed1ca2b2fa8f0540678cd1e0f3ad80892",
+     "aadd9db8dbe9c48b3fd4e6ae33c9fc07cb308db3b3c9d20ed6639cca70330870"
+     "553e5c414ca92619418661197fac10471db1d381085ddaddb58796829ca90069"},
 };
 
 // The row of a curve; null for a value that is no curve.
@@ -55,5 +155,9 @@ std::size_t fieldBytes(EcCurveId id) noexcept;
 // Whether the octets are a point of the curve other than infinity, as SEC 1 section 2.3.3 encodes
 // it: uncompressed (04 X Y), or compressed (02 X, 03 X).
 bool isCurvePoint(EcCurveId id, ByteView octets) noexcept;
+
+// Whether the unsigned big-endian number, zeros in front allowed, is from 1 to the order of the
+// generator less 1. For public numbers.
+bool isCurveScalar(EcCurveId id, ByteView octets) noexcept;
 
 }  // namespace certstore

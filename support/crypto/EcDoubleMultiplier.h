@@ -22,14 +22,14 @@ struct OddMultiples {
 
 // Computes u G + v Q for the generator G, Q given at each call: both scalars share the doublings.
 // The multiples of G are kept.
-template <std::size_t kCount>
+template <class Group>
 class EcDoubleMultiplier {
 public:
-    using Group = EcGroup<kCount>;
+    using Scalar = typename Group::Field::Integer;
 
     explicit EcDoubleMultiplier(const Group& group) noexcept;
 
-    typename Group::Point multiply(const Number<kCount>& u, const Number<kCount>& v,
+    typename Group::Point multiply(const Scalar& u, const Scalar& v,
                                    const typename Group::AffinePoint& q) const noexcept;
 
 private:
@@ -42,10 +42,9 @@ private:
     OddMultiples<typename Group::AffinePoint, kWidthOfG> m_multiplesOfG;
 };
 
-template <std::size_t kWidth, std::size_t kCount>
-auto computeOddMultiples(const EcGroup<kCount>& group,
-                         const typename EcGroup<kCount>::AffinePoint& p) noexcept {
-    OddMultiples<typename EcGroup<kCount>::Point, kWidth> multiples;
+template <std::size_t kWidth, class Group>
+auto computeOddMultiples(const Group& group, const typename Group::AffinePoint& p) noexcept {
+    OddMultiples<typename Group::Point, kWidth> multiples;
     multiples.points[0] = group.toPoint(p);
     const auto twice = group.twice(multiples.points[0]);
     for (std::size_t i = 1; i < multiples.points.size(); ++i)
@@ -77,19 +76,20 @@ auto normalise(const Group& group,
     return result;
 }
 
-template <std::size_t kCount>
-EcDoubleMultiplier<kCount>::EcDoubleMultiplier(const Group& group) noexcept
+template <class Group>
+EcDoubleMultiplier<Group>::EcDoubleMultiplier(const Group& group) noexcept
     : m_group(group),
       m_multiplesOfG{
           normalise(group, computeOddMultiples<kWidthOfG>(group, group.generator()).points)} {}
 
-template <std::size_t kCount>
-auto EcDoubleMultiplier<kCount>::multiply(const Number<kCount>& u, const Number<kCount>& v,
-                                          const typename Group::AffinePoint& q) const noexcept ->
+template <class Group>
+auto EcDoubleMultiplier<Group>::multiply(const Scalar& u, const Scalar& v,
+                                         const typename Group::AffinePoint& q) const noexcept ->
     typename Group::Point {
     const auto multiplesOfQ = computeOddMultiples<kWidthOfQ>(m_group, q);
-    const SignedDigits<kCount> digitsOfU(u, kWidthOfG);
-    const SignedDigits<kCount> digitsOfV(v, kWidthOfQ);
+    using Digits = SignedDigits<Group::Field::kLimbs>;
+    const Digits digitsOfU(u, kWidthOfG);
+    const Digits digitsOfV(v, kWidthOfQ);
     typename Group::Point sum{};
     const auto addMultiple = [&](const auto& multiples, int digit) {
         if (digit == 0)
@@ -97,7 +97,7 @@ auto EcDoubleMultiplier<kCount>::multiply(const Number<kCount>& u, const Number<
         const auto& multiple = multiples.at(digit);
         sum = m_group.add(sum, digit < 0 ? m_group.negate(multiple) : multiple);
     };
-    for (std::size_t i = SignedDigits<kCount>::kLength; i-- > 0;) {
+    for (std::size_t i = Digits::kLength; i-- > 0;) {
         sum = m_group.twice(sum);
         addMultiple(m_multiplesOfG, digitsOfU[i]);
         addMultiple(multiplesOfQ, digitsOfV[i]);

@@ -10,13 +10,14 @@
 
 namespace certstore {
 
-// The points of one curve and their addition. The time taken depends on the points and scalars: for
-// public ones only.
-template <std::size_t kCount>
+// The points of one curve over a field (MontgomeryField.h) and their addition. The time taken
+// depends on the points and scalars: for public ones only.
+template <class FieldType>
 class EcGroup {
 public:
-    using Field = MontgomeryField<kCount>;
+    using Field = FieldType;
     using Element = typename Field::Element;
+    using Scalars = MontgomeryField<Field::kLimbs>;
 
     // A point other than infinity.
     struct AffinePoint {
@@ -33,14 +34,16 @@ public:
 
     const Field& field() const noexcept { return m_field; }
     // The integers modulo the order of the generator.
-    const Field& scalars() const noexcept { return m_scalars; }
+    const Scalars& scalars() const noexcept { return m_scalars; }
     std::size_t orderBits() const noexcept { return countBits(m_scalars.prime()); }
     const AffinePoint& generator() const noexcept { return m_generator; }
 
-    // Reads a point as SEC 1 section 2.3.4 does: uncompressed, or compressed where the field has
-    // square roots. Nothing for infinity, hybrid forms, coordinates that are not below the prime,
-    // and points off the curve.
+    // Reads a point as SEC 1 section 2.3.4 does: uncompressed, or compressed. Nothing for infinity,
+    // hybrid forms, coordinates that are not below the prime, and points off the curve.
     std::optional<AffinePoint> decodePoint(ByteView octets) const noexcept;
+
+    // A number from 1 to the order less 1, unsigned big-endian; nothing for any other.
+    std::optional<typename Field::Integer> decodeScalar(ByteView octets) const noexcept;
 
     Point toPoint(const AffinePoint& p) const noexcept { return {p.x, p.y, m_field.one()}; }
     Point twice(const Point& p) const noexcept;
@@ -58,7 +61,7 @@ private:
                      const Element& dy, const Element& z) const noexcept;
 
     Field m_field;
-    Field m_scalars;
+    Scalars m_scalars;
     Element m_a, m_b;
     bool m_aIsMinusThree;
     AffinePoint m_generator;
@@ -74,11 +77,12 @@ Number<kCount> numberFromHex(std::string_view digits) noexcept {
     return number;
 }
 
-template <std::size_t kCount>
-EcGroup<kCount>::EcGroup(const EcCurve& curve) noexcept
-    : m_field(numberFromHex<kCount>(curve.prime)), m_scalars(numberFromHex<kCount>(curve.order)) {
+template <class Field>
+EcGroup<Field>::EcGroup(const EcCurve& curve) noexcept
+    : m_field(numberFromHex<Field::kLimbs>(curve.prime)),
+      m_scalars(numberFromHex<Field::kLimbs>(curve.order)) {
     const auto read = [this](std::string_view digits) {
-        return m_field.encode(numberFromHex<kCount>(digits));
+        return m_field.encode(numberFromHex<Field::kLimbs>(digits));
     };
     m_a = read(curve.a);
     m_b = read(curve.b);
@@ -86,8 +90,8 @@ EcGroup<kCount>::EcGroup(const EcCurve& curve) noexcept
     m_aIsMinusThree = m_a == m_field.negate(m_field.encode({3}));
 }
 
-template <std::size_t kCount>
-auto EcGroup<kCount>::decodePoint(ByteView octets) const noexcept -> std::optional<AffinePoint> {
+template <class Field>
+auto EcGroup<Field>::decodePoint(ByteView octets) const noexcept -> std::optional<AffinePoint> {
     const std::size_t size = (countBits(m_field.prime()) + 7) / 8;
     if (octets.size() < 1 + size)
         return std::nullopt;
@@ -105,16 +109,25 @@ auto EcGroup<kCount>::decodePoint(ByteView octets) const noexcept -> std::option
     return AffinePoint{*x, *y};
 }
 
-template <std::size_t kCount>
-auto EcGroup<kCount>::decodeCoordinate(ByteView octets) const noexcept -> std::optional<Element> {
-    Number<kCount> value;
+template <class Field>
+auto EcGroup<Field>::decodeScalar(ByteView octets) const noexcept
+    -> std::optional<typename Field::Integer> {
+    typename Field::Integer scalar;
+    if (!loadLimbs(octets, scalar) || isZero(scalar) || !isLess(scalar, m_scalars.prime()))
+        return std::nullopt;
+    return scalar;
+}
+
+template <class Field>
+auto EcGroup<Field>::decodeCoordinate(ByteView octets) const noexcept -> std::optional<Element> {
+    typename Field::Integer value;
     if (!loadLimbs(octets, value) || !isLess(value, m_field.prime()))
         return std::nullopt;
     return m_field.encode(value);
 }
 
-template <std::size_t kCount>
-auto EcGroup<kCount>::decompress(const Element& x, bool odd) const noexcept
+template <class Field>
+auto EcGroup<Field>::decompress(const Element& x, bool odd) const noexcept
     -> std::optional<AffinePoint> {
     auto y = m_field.squareRoot(cubicAt(x));
     if (!y)
@@ -128,15 +141,15 @@ auto EcGroup<kCount>::decompress(const Element& x, bool odd) const noexcept
 }
 
 // x^3 + a x + b
-template <std::size_t kCount>
-auto EcGroup<kCount>::cubicAt(const Element& x) const noexcept -> Element {
+template <class Field>
+auto EcGroup<Field>::cubicAt(const Element& x) const noexcept -> Element {
     const Element slope = m_field.add(m_field.square(x), m_a);
     return m_field.add(m_field.multiply(slope, x), m_b);
 }
 
 // 3 x^2 + a z^4, in two factors where a is -3.
-template <std::size_t kCount>
-auto EcGroup<kCount>::slopeTimesTwoY(const Point& p) const noexcept -> Element {
+template <class Field>
+auto EcGroup<Field>::slopeTimesTwoY(const Point& p) const noexcept -> Element {
     const Field& f = m_field;
     const Element zz = f.square(p.z);
     if (m_aIsMinusThree) {
@@ -148,8 +161,8 @@ auto EcGroup<kCount>::slopeTimesTwoY(const Point& p) const noexcept -> Element {
 }
 
 // With s = 4 x y^2 and m the slope times 2y: x' = m^2 - 2 s, y' = m (s - x') - 8 y^4, z' = 2 y z.
-template <std::size_t kCount>
-auto EcGroup<kCount>::twice(const Point& p) const noexcept -> Point {
+template <class Field>
+auto EcGroup<Field>::twice(const Point& p) const noexcept -> Point {
     const Field& f = m_field;
     const Element m = slopeTimesTwoY(p);
     const Element twoY = f.twice(p.y);
@@ -160,8 +173,8 @@ auto EcGroup<kCount>::twice(const Point& p) const noexcept -> Point {
     return {x, y, f.multiply(twoY, p.z)};
 }
 
-template <std::size_t kCount>
-auto EcGroup<kCount>::add(const Point& p, const Point& q) const noexcept -> Point {
+template <class Field>
+auto EcGroup<Field>::add(const Point& p, const Point& q) const noexcept -> Point {
     if (p.isInfinity())
         return q;
     if (q.isInfinity())
@@ -176,8 +189,8 @@ auto EcGroup<kCount>::add(const Point& p, const Point& q) const noexcept -> Poin
     return addAligned(p, px, py, dx, dy, f.multiply(p.z, q.z));
 }
 
-template <std::size_t kCount>
-auto EcGroup<kCount>::add(const Point& p, const AffinePoint& q) const noexcept -> Point {
+template <class Field>
+auto EcGroup<Field>::add(const Point& p, const AffinePoint& q) const noexcept -> Point {
     if (p.isInfinity())
         return toPoint(q);
     const Field& f = m_field;
@@ -189,10 +202,10 @@ auto EcGroup<kCount>::add(const Point& p, const AffinePoint& q) const noexcept -
 
 // Adds a point to `p` after both were brought to the same z: x and y are those of `p`, dx and dy
 // the way to the other one.
-template <std::size_t kCount>
-auto EcGroup<kCount>::addAligned(const Point& p, const Element& x, const Element& y,
-                                 const Element& dx, const Element& dy,
-                                 const Element& z) const noexcept -> Point {
+template <class Field>
+auto EcGroup<Field>::addAligned(const Point& p, const Element& x, const Element& y,
+                                const Element& dx, const Element& dy,
+                                const Element& z) const noexcept -> Point {
     if (dx == Element{})
         return dy == Element{} ? twice(p) : Point{};
     const Field& f = m_field;

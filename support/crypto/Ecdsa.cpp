@@ -1,20 +1,11 @@
 #include "support/crypto/Ecdsa.h"
 
 #include <algorithm>
-#include <optional>
 
 #include "support/crypto/EcCurveVisit.h"
 
 namespace certstore {
 namespace {
-
-template <std::size_t kCount>
-std::optional<Number<kCount>> readScalar(ByteView octets, const Number<kCount>& order) noexcept {
-    Number<kCount> scalar;
-    if (!loadLimbs(octets, scalar) || isZero(scalar) || !isLess(scalar, order))
-        return std::nullopt;
-    return scalar;
-}
 
 // The leading bits of the digest, as many as the order has: a number that may still exceed the
 // order.
@@ -30,14 +21,14 @@ Number<kCount> truncateDigest(ByteView digest, std::size_t orderBits) noexcept {
 
 // Whether x mod n = r for the affine x of the point. As x may exceed n, r + n is a candidate, too.
 // Comparing x / z^2 multiplied out saves the inversion.
-template <std::size_t kCount>
-bool hasCoordinate(const EcGroup<kCount>& group, const typename EcGroup<kCount>::Point& point,
-                   Number<kCount> r) noexcept {
+template <class Group>
+bool hasCoordinate(const Group& group, const typename Group::Point& point,
+                   typename Group::Field::Integer r) noexcept {
     if (point.isInfinity())
         return false;
     const auto& field = group.field();
     const auto zz = field.square(point.z);
-    const auto matches = [&](const Number<kCount>& candidate) {
+    const auto matches = [&](const auto& candidate) {
         return isLess(candidate, field.prime())
             && field.multiply(field.encode(candidate), zz) == point.x;
     };
@@ -55,15 +46,15 @@ template <class Curve>
 bool verifyOn(Curve curve, ByteView publicPoint, ByteView digest, Signature signature) noexcept {
     const auto& group = curve.group();
     const auto& scalars = group.scalars();
-    const auto r = readScalar(signature.r, scalars.prime());
-    const auto s = readScalar(signature.s, scalars.prime());
+    const auto r = group.decodeScalar(signature.r);
+    const auto s = group.decodeScalar(signature.s);
     if (!r || !s)
         return false;
     const auto q = group.decodePoint(publicPoint);
     if (!q)
         return false;
     const auto e = truncateDigest<Curve::kLimbs>(digest, group.orderBits());
-    const auto w = scalars.invert(scalars.encode(*s));
+    const auto w = scalars.invertPublic(scalars.encode(*s));
     const auto u = scalars.decode(scalars.multiply(scalars.encode(e), w));
     const auto v = scalars.decode(scalars.multiply(scalars.encode(*r), w));
     return hasCoordinate(group, curve.multiplier().multiply(u, v, *q), *r);

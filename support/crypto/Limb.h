@@ -1,6 +1,9 @@
 #pragma once
 
 #include <cstdint>
+#include <type_traits>
+
+#include "support/crypto/CarryInstructions.h"
 
 namespace certstore {
 
@@ -10,15 +13,30 @@ using Limb = std::uint64_t;
 constexpr int kLimbBits = 64;
 
 // Returns a + b + carry and leaves the new carry, 0 or 1, in `carry`.
+constexpr Limb addWithCarry(Limb a, Limb b, Limb& carry) noexcept;
+
+// Returns a - b - borrow and leaves the new borrow, 0 or 1, in `borrow`.
+constexpr Limb subtractWithBorrow(Limb a, Limb b, Limb& borrow) noexcept;
+
+// Returns the lower limb of a * b + addend + carry, which fits two limbs for all arguments, and
+// leaves the upper one in `carry`.
+constexpr Limb multiplyAdd(Limb a, Limb b, Limb addend, Limb& carry) noexcept;
+
+// Returns (high : low) / divisor for high < divisor, which makes the quotient fit one limb.
+constexpr Limb divideTwoByOne(Limb high, Limb low, Limb divisor) noexcept;
+
 constexpr Limb addWithCarry(Limb a, Limb b, Limb& carry) noexcept {
+    if (kHasCarryInstructions && !std::is_constant_evaluated())
+        return addByInstruction(a, b, carry);
     const Limb partial = a + b;
     const Limb sum = partial + carry;
     carry = static_cast<Limb>(partial < a) | static_cast<Limb>(sum < partial);
     return sum;
 }
 
-// Returns a - b - borrow and leaves the new borrow, 0 or 1, in `borrow`.
 constexpr Limb subtractWithBorrow(Limb a, Limb b, Limb& borrow) noexcept {
+    if (kHasCarryInstructions && !std::is_constant_evaluated())
+        return subtractByInstruction(a, b, borrow);
     const Limb partial = a - b;
     const Limb difference = partial - borrow;
     borrow = static_cast<Limb>(a < b) | static_cast<Limb>(partial < borrow);
@@ -29,15 +47,12 @@ constexpr Limb subtractWithBorrow(Limb a, Limb b, Limb& borrow) noexcept {
 
 __extension__ typedef unsigned __int128 DoubleLimb;
 
-// Returns the lower limb of a * b + addend + carry, which fits two limbs for all arguments, and
-// leaves the upper one in `carry`.
 constexpr Limb multiplyAdd(Limb a, Limb b, Limb addend, Limb& carry) noexcept {
     const DoubleLimb sum = static_cast<DoubleLimb>(a) * b + addend + carry;
     carry = static_cast<Limb>(sum >> kLimbBits);
     return static_cast<Limb>(sum);
 }
 
-// Returns (high : low) / divisor for high < divisor, which makes the quotient fit one limb.
 constexpr Limb divideTwoByOne(Limb high, Limb low, Limb divisor) noexcept {
     return static_cast<Limb>((static_cast<DoubleLimb>(high) << kLimbBits | low) / divisor);
 }

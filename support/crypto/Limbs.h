@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <bit>
 #include <cstddef>
 #include <span>
@@ -11,6 +12,10 @@ namespace certstore {
 
 // Long numbers of a fixed count of limbs, least significant first. Numbers that meet in one call
 // have the same count, unless said otherwise.
+
+// One whose count is known to the compiler.
+template <std::size_t kCount>
+using Number = std::array<Limb, kCount>;
 
 constexpr std::size_t limbsForBits(std::size_t bits) noexcept {
     return (bits + kLimbBits - 1) / kLimbBits;
@@ -111,6 +116,10 @@ constexpr Limb readBits(std::span<const Limb> number, std::size_t position,
     if (offset + count > kLimbBits && index + 1 < number.size())
         bits |= number[index + 1] << (kLimbBits - offset);
     return bits & ((Limb{1} << count) - 1);
+}
+
+constexpr void setBit(std::span<Limb> number, std::size_t position) noexcept {
+    number[position / kLimbBits] |= Limb{1} << position % kLimbBits;
 }
 
 // -1 / number modulo 2^64, for an odd number: what each Montgomery step multiplies by.

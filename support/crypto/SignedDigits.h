@@ -4,7 +4,6 @@
 #include <cstddef>
 
 #include "support/crypto/Limbs.h"
-#include "support/crypto/MontgomeryField.h"
 
 namespace certstore {
 

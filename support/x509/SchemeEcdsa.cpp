@@ -15,6 +15,15 @@ struct NamedCurve {
 constexpr NamedCurve kNamedCurves[] = {
     {OidBytes("1.2.840.10045.3.1.7"), EcCurveId::P256},
     {OidBytes("1.3.132.0.34"), EcCurveId::P384},
+    {OidBytes("1.3.132.0.35"), EcCurveId::P521},
+    {OidBytes("1.3.132.0.33"), EcCurveId::P224},
+    {OidBytes("1.2.840.10045.3.1.1"), EcCurveId::P192},
+    {OidBytes("1.3.132.0.10"), EcCurveId::Secp256k1},
+    {OidBytes("1.3.36.3.3.2.8.1.1.5"), EcCurveId::BrainpoolP224r1},
+    {OidBytes("1.3.36.3.3.2.8.1.1.7"), EcCurveId::BrainpoolP256r1},
+    {OidBytes("1.3.36.3.3.2.8.1.1.9"), EcCurveId::BrainpoolP320r1},
+    {OidBytes("1.3.36.3.3.2.8.1.1.11"), EcCurveId::BrainpoolP384r1},
+    {OidBytes("1.3.36.3.3.2.8.1.1.13"), EcCurveId::BrainpoolP512r1},
 };
 
 const NamedCurve* findNamedCurve(ByteView parameters) noexcept {
@@ -38,16 +47,17 @@ bool readSignature(ByteView signature, ByteView& r, ByteView& s) noexcept {
 }  // namespace
 
 const char* verifyEcdsaScheme(const SignatureInput& input) {
-    constexpr OidBytes kEcPublicKey("1.2.840.10045.2.1");
-    if (kEcPublicKey != input.key.algorithm)
-        return "An ECDSA signature needs an EC key, and the issuer's is of another kind.";
     const NamedCurve* curve = findNamedCurve(input.key.parameters);
     if (!curve)
         return "The issuer's EC key is not on a supported named curve.";
     ByteView r, s;
     if (!readSignature(input.signature, r, s))
         return "The ECDSA signature is malformed.";
-    const DigestValue digest = computeDigest(input.digest, input.signedBytes);
+    if (!isCurvePoint(curve->id, input.key.bits))
+        return "The issuer's EC key is not a point of its curve.";
+    if (!isCurveScalar(curve->id, r) || !isCurveScalar(curve->id, s))
+        return "The ECDSA signature is out of range.";
+    const DigestValue digest = input.computeDigest();
     return verifyEcdsa(curve->id, input.key.bits, digest.view(), r, s) ? nullptr
                                                                        : kSignatureDoesNotMatch;
 }

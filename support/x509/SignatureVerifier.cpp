@@ -1,94 +1,65 @@
 #include "support/x509/SignatureVerifier.h"
 
-#include "support/asn1/DerReader.h"
-#include "support/asn1/Oid.h"
-#include "support/x509/SignatureSchemes.h"
+#include <algorithm>
+#include <initializer_list>
+
+#include "support/x509/SignatureAlgorithms.h"
 
 namespace certstore {
 
 namespace {
 
-struct SignatureAlgorithm {
-    OidBytes oid;
-    const char* name;
-    SignatureScheme verify;
-    DigestAlgorithm digest;
-};
-
-constexpr SignatureAlgorithm kAlgorithms[] = {
-    {OidBytes("1.2.840.113549.1.1.11"), "sha256WithRSAEncryption", verifyRsaPkcs1Scheme,
-     DigestAlgorithm::Sha256},
-    {OidBytes("1.2.840.10045.4.3.2"), "ecdsa-with-SHA256", verifyEcdsaScheme,
-     DigestAlgorithm::Sha256},
-    {OidBytes("1.2.840.10045.4.3.3"), "ecdsa-with-SHA384", verifyEcdsaScheme,
-     DigestAlgorithm::Sha384},
-    {OidBytes("1.2.840.113549.1.1.12"), "sha384WithRSAEncryption", verifyRsaPkcs1Scheme,
-     DigestAlgorithm::Sha384},
-    {OidBytes("1.2.840.113549.1.1.13"), "sha512WithRSAEncryption", verifyRsaPkcs1Scheme,
-     DigestAlgorithm::Sha512},
-    {OidBytes("1.2.840.113549.1.1.5"), "sha1WithRSAEncryption", verifyRsaPkcs1Scheme,
-     DigestAlgorithm::Sha1},
-    {OidBytes("1.2.840.113549.1.1.14"), "sha224WithRSAEncryption", verifyRsaPkcs1Scheme,
-     DigestAlgorithm::Sha224},
-    // The same under the older OID of the OIW, which some old CAs used.
-    {OidBytes("1.3.14.3.2.29"), "sha1WithRSA", verifyRsaPkcs1Scheme, DigestAlgorithm::Sha1},
-    {OidBytes("1.2.840.10045.4.3.4"), "ecdsa-with-SHA512", verifyEcdsaScheme,
-     DigestAlgorithm::Sha512},
-    {OidBytes("1.2.840.10045.4.3.1"), "ecdsa-with-SHA224", verifyEcdsaScheme,
-     DigestAlgorithm::Sha224},
-    {OidBytes("1.2.840.10045.4.1"), "ecdsa-with-SHA1", verifyEcdsaScheme, DigestAlgorithm::Sha1},
-};
-
-// Takes an AlgorithmIdentifier apart; the parser has made sure that it is one.
-const SignatureAlgorithm* findAlgorithm(ByteView identifier, ByteView& oid,
-                                        ByteView& parameters) noexcept {
-    DerReader der(identifier), inner;
-    if (!der.readSequence(inner) || !inner.readOid(oid))
-        return nullptr;
-    parameters = inner.rest();
-    for (const SignatureAlgorithm& algorithm : kAlgorithms)
-        if (algorithm.oid == oid)
-            return &algorithm;
-    return nullptr;
+bool fail(LogBase& log, std::initializer_list<std::string_view> parts) {
+    StringBuffer message;
+    for (const std::string_view part : parts)
+        message.append(part);
+    log.LogError(message.getString());
+    return false;
 }
 
-const char* verify(const X509& cert, ByteView issuerSpki, const SignatureAlgorithm& algorithm,
-                   ByteView parameters) {
-    if (!equalBytes(cert.signatureAlgorithm(), cert.tbsAlgorithm()))
-        return "The certificate names two different signature algorithms.";
-    if (cert.signatureHasUnusedBits())
-        return "The signature is not a number of whole bytes.";
-    PublicKeyInfo key;
-    if (!readPublicKeyInfo(issuerSpki, key))
-        return "The issuer's public key is malformed.";
-    return algorithm.verify({algorithm.digest, parameters, cert.tbs(), cert.signature(), key});
+bool takesKey(const SignatureScheme& scheme, ByteView keyAlgorithm) noexcept {
+    return std::ranges::any_of(scheme.keys,
+                               [=](const OidBytes& oid) { return oid == keyAlgorithm; });
+}
+
+bool verifyWith(const SignatureAlgorithm& algorithm, ByteView parameters, const X509& cert,
+                const PublicKeyInfo& key, LogBase& log) {
+    if (!takesKey(algorithm.scheme, key.algorithm)) {
+        StringBuffer keyText;
+        appendKeyDescription(keyText, key);
+        return fail(log,
+                    {"The signature algorithm is ", algorithm.name,
+                     ", which the issuer's key does not fit: ", keyText.view(), "."});
+    }
+    const char* reason =
+        algorithm.scheme.verify({algorithm.digest, parameters, cert.tbs(), cert.signature(), key});
+    return !reason || fail(log, {reason});
 }
 
 }  // namespace
 
 bool verifySignature(const X509& cert, ByteView issuerSpki, LogBase& log) {
     ByteView oid, parameters;
-    const SignatureAlgorithm* algorithm = findAlgorithm(cert.signatureAlgorithm(), oid, parameters);
+    const SignatureAlgorithm* algorithm =
+        findSignatureAlgorithm(cert.signatureAlgorithm(), oid, parameters);
     if (!algorithm) {
-        StringBuffer message;
-        message.append("Unknown signature algorithm ");
-        appendDottedOid(message, oid);
-        message.appendChar('.');
-        log.LogError(message.getString());
-        return false;
+        StringBuffer dotted;
+        appendDottedOid(dotted, oid);
+        return fail(log, {"Unknown signature algorithm ", dotted.view(), "."});
     }
-    const char* reason = verify(cert, issuerSpki, *algorithm, parameters);
-    if (reason)
-        log.LogError(reason);
-    return !reason;
-}
-
-void appendSignatureAlgorithmName(StringBuffer& out, ByteView algorithm) {
-    ByteView oid, parameters;
-    if (const SignatureAlgorithm* known = findAlgorithm(algorithm, oid, parameters))
-        out.append(known->name);
-    else
-        appendDottedOid(out, oid);
+    if (!algorithm->scheme.verify)
+        return fail(log,
+                    {"The signature algorithm ", algorithm->name,
+                     " is not accepted: collisions of its digest have forged CA "
+                     "certificates."});
+    if (!equalBytes(cert.signatureAlgorithm(), cert.tbsAlgorithm()))
+        return fail(log, {"The certificate names two different signature algorithms."});
+    if (cert.signatureHasUnusedBits())
+        return fail(log, {"The signature is not a number of whole bytes."});
+    PublicKeyInfo key;
+    if (!readPublicKeyInfo(issuerSpki, key))
+        return fail(log, {"The issuer's public key is malformed."});
+    return verifyWith(*algorithm, parameters, cert, key, log);
 }
 
 }  // namespace certstore

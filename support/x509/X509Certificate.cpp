@@ -104,7 +104,13 @@ bool X509Certificate::verifyCertSignature(X509Certificate* issuer, LogBase& log)
         log.LogError("No issuer certificate to verify the signature with.");
         return false;
     }
-    return certstore::verifySignature(*getX509Ptr(), issuer->getX509Ptr()->spki(), log);
+    const certstore::ByteView key = issuer->getX509Ptr()->spki();
+    if (m_signature.isGoodUnder(key))
+        return true;
+    if (!certstore::verifySignature(*getX509Ptr(), key, log))
+        return false;
+    m_signature.rememberGood(key);
+    return true;
 }
 
 bool X509Certificate::hasPrivateKey(bool exportableOnly, LogBase&) const {

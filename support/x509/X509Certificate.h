@@ -7,17 +7,18 @@
 #include "support/buffers/XString.h"
 #include "support/log/LogBase.h"
 #include "support/x509/PublicKey.h"
+#include "support/x509/SignatureMemory.h"
 #include "support/x509/ZorvenX509Holder.h"
 
 // One parsed certificate, perhaps with a private key attached. It is shared: born inside a
 // CertificateHolder, it lives until the last holder of it goes. A plain pointer to it is borrowed;
 // whoever wants to keep it makes a holder (CertificateHolder.h).
 //
-// Nothing about it changes but m_certKey, which takes a private key once; so any thread may call
-// anything here while others do. An XString or DataBuffer given to a getter has its content
-// replaced, a StringBuffer is appended to; they come back empty (untouched) on false. What a
-// certificate does not have is no failure and writes nothing to the log. Text never holds a NUL
-// byte: it comes as \00. All operations may throw std::bad_alloc.
+// Nothing about it changes but m_certKey, which takes a private key once, and the memory of a good
+// signature; so any thread may call anything here while others do. An XString or DataBuffer given
+// to a getter has its content replaced, a StringBuffer is appended to; they come back empty
+// (untouched) on false. What a certificate does not have is no failure and writes nothing to the
+// log. Text never holds a NUL byte: it comes as \00. All operations may throw std::bad_alloc.
 class X509Certificate : public ZorvenX509Holder {
 public:
     X509Certificate(const X509Certificate&) = delete;
@@ -53,8 +54,8 @@ public:
     bool isIssuerSelf(LogBase& log) const;
 
     // Whether the signature verifies with the public key of `issuer`, and nothing else: names,
-    // dates and the right to sign are not looked at. On false one error says why. Known are RSA
-    // PKCS#1 v1.5 with SHA-1 and SHA-2, and ECDSA with those on P-256 and P-384.
+    // dates and the right to sign are not looked at. On false one error says why. A signature found
+    // good is not computed again under the same key. SignatureAlgorithms.cpp lists what is known.
     bool verifyCertSignature(X509Certificate* issuer, LogBase& log) const;
 
     // Whether a private key is attached; with `exportableOnly`, one that may be handed out.
@@ -91,5 +92,6 @@ private:
     void addHolder() noexcept;
     void dropHolder() noexcept;
 
+    mutable certstore::SignatureMemory m_signature;
     std::atomic<unsigned int> m_holders{0};
 };

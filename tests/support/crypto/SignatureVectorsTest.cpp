@@ -9,8 +9,6 @@
 #include <nlohmann/json.hpp>
 #include <string>
 
-#include "support/asn1/DerReader.h"
-#include "support/crypto/Ecdsa.h"
 #include "support/crypto/RsaPkcs1.h"
 #include "tests/common/TestFiles.h"
 #include "tests/support/crypto/Bytes.h"
@@ -25,9 +23,6 @@ const std::map<std::string, DigestAlgorithm> kDigests = {{"SHA-1", DigestAlgorit
                                                          {"SHA-256", DigestAlgorithm::Sha256},
                                                          {"SHA-384", DigestAlgorithm::Sha384},
                                                          {"SHA-512", DigestAlgorithm::Sha512}};
-const std::map<std::string, EcCurveId> kCurves = {{"secp256r1", EcCurveId::P256},
-                                                  {"secp384r1", EcCurveId::P384}};
-
 Bytes hexOf(const Json& object, const char* name) {
     return fromHex(object.at(name).get<std::string>());
 }
@@ -40,23 +35,8 @@ bool verifyRsaTest(const Json& group, const Json& test) {
     return verifyRsaPkcs1({modulus, exponent}, algorithm, digest.view(), hexOf(test, "sig"));
 }
 
-bool verifyEcdsaTest(const Json& group, const Json& test) {
-    const Bytes signature = hexOf(test, "sig");
-    DerReader outer(signature), inner;
-    ByteView r, s;
-    if (!outer.readSequence(inner) || !outer.atEnd() || !inner.readUnsigned(r)
-        || !inner.readUnsigned(s) || !inner.atEnd())
-        return false;
-    const DigestValue digest = computeDigest(kDigests.at(group.at("sha")), hexOf(test, "msg"));
-    const Json& key = group.at("publicKey");
-    return verifyEcdsa(kCurves.at(key.at("curve")), hexOf(key, "uncompressed"), digest.view(), r,
-                       s);
-}
-
 bool isSupported(const Json& group) {
-    const Json& key = group.at("publicKey");
-    return kDigests.contains(group.at("sha"))
-        && (!key.contains("curve") || kCurves.contains(key.at("curve")));
+    return kDigests.contains(group.at("sha"));
 }
 
 struct Suite {
@@ -100,10 +80,6 @@ void checkSuite(const Suite& suite) {
 
 TEST(SignatureVectorsTest, RsaPkcs1) {
     checkSuite({"rsa_signature_", verifyRsaTest});
-}
-
-TEST(SignatureVectorsTest, Ecdsa) {
-    checkSuite({"ecdsa_", verifyEcdsaTest});
 }
 
 }  // namespace

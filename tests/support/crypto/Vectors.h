@@ -37,3 +37,21 @@ void forEachVector(const std::string& fileName, Check check) {
     EXPECT_GT(count, 0);
     std::cout << "    " << fileName << ": " << count << " tests\n";
 }
+
+// The same for every file whose name begins with `prefix`.
+template <class Check>
+void forEachVectorFile(const std::string& prefix, Check check) {
+    const std::filesystem::path folder = testfiles::vectors() / "sigvec";
+    if (testfiles::vectors().empty() || !std::filesystem::exists(folder))
+        GTEST_SKIP() << "no foreign vectors in this build";
+    int files = 0;
+    for (const auto& file : std::filesystem::directory_iterator(folder)) {
+        const std::string name = file.path().filename().string();
+        if (!name.starts_with(prefix))
+            continue;
+        SCOPED_TRACE(name);
+        forEachVector(name, check);
+        ++files;
+    }
+    EXPECT_GT(files, 0);
+}

@@ -249,14 +249,17 @@ TEST(Signatures, VerifyOrSayWhyNot) {
         {"ECDSA P-384, SHA-256", "p384-leaf-sha256.pem", "p384-root.pem", ""},
         {"ECDSA P-384, SHA-384", "p384-leaf-sha384.pem", "p384-root.pem", ""},
         {"ECDSA P-384, SHA-512", "p384-leaf-sha512.pem", "p384-root.pem", ""},
-        {"another root's key", "p384-leaf-sha256.pem", "root.pem", kNoMatch},
+        {"the key of another curve", "p384-leaf-sha256.pem", "root.pem",
+         "ERROR: The ECDSA signature is out of range.\n"},
         {"a signed byte changed", "tampered.pem", "root.pem", kNoMatch},
         {"self-issued, signed by another", "self-issued-bad-sig.pem", "self-issued-bad-sig.pem",
          kNoMatch},
         {"RSA signature, EC key", "ec-below-rsa.pem", "root.pem",
-         "ERROR: An RSA signature needs an RSA key, and the issuer's is of another kind.\n"},
+         "ERROR: The signature algorithm is sha256WithRSAEncryption, which the issuer's key does "
+         "not fit: EC P-256.\n"},
         {"ECDSA signature, RSA key", "rsa-below-ec.pem", "rsa-root.pem",
-         "ERROR: An ECDSA signature needs an EC key, and the issuer's is of another kind.\n"},
+         "ERROR: The signature algorithm is ecdsa-with-SHA256, which the issuer's key does not "
+         "fit: RSA 2048.\n"},
         {"two algorithms", "sigalg-mismatch.pem", "root.pem",
          "ERROR: The certificate names two different signature algorithms.\n"},
         {"an algorithm not known", "ed25519.pem", "ed25519.pem",
@@ -268,6 +271,32 @@ TEST(Signatures, VerifyOrSayWhyNot) {
         EXPECT_EQ(certOf(cert).verifyCertSignature(&certOf(issuer), log), *c.error == '\0')
             << c.sentence;
         EXPECT_EQ(log.getText(), c.error) << c.sentence;
+    }
+}
+
+TEST(SignatureMemory, HoldsTheWholeOfOneKeyWhoeverAsksFirst) {
+    using certstore::bytesOf;
+    certstore::SignatureMemory memory;
+    EXPECT_FALSE(memory.isGoodUnder(bytesOf("")));
+    EXPECT_FALSE(memory.isGoodUnder(bytesOf("key")));
+    const auto remember = [&](const char* key) { memory.rememberGood(bytesOf(key)); };
+    std::thread threads[] = {std::thread(remember, "key"), std::thread(remember, "key")};
+    for (std::thread& thread : threads)
+        thread.join();
+    memory.rememberGood(bytesOf("other"));
+    const std::string elsewhere = "keys";
+    EXPECT_TRUE(memory.isGoodUnder(bytesOf(elsewhere.substr(0, 3))));
+    for (const char* key : {"", "ke", "kex", "keys", "other"})
+        EXPECT_FALSE(memory.isGoodUnder(bytesOf(key))) << key;
+}
+
+// A verdict of yes under one key says nothing about another, nor one of no about the right key.
+TEST(Signatures, AreJudgedForEachKeyAnew) {
+    const auto leaf = loadCert("rsa-leaf.pem"), root = loadCert("rsa-root.pem");
+    LogNull log;
+    for (const bool again : {false, true}) {
+        EXPECT_FALSE(certOf(leaf).verifyCertSignature(&certOf(leaf), log)) << again;
+        EXPECT_TRUE(certOf(leaf).verifyCertSignature(&certOf(root), log)) << again;
     }
 }
 

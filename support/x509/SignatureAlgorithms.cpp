@@ -1,0 +1,60 @@
+#include "support/x509/SignatureAlgorithms.h"
+
+#include "support/asn1/DerReader.h"
+
+namespace certstore {
+
+namespace {
+
+using enum DigestAlgorithm;
+
+// RFC 3279, 4055, 5758; the most frequent ones first.
+constexpr SignatureAlgorithm kAlgorithms[] = {
+    {OidBytes("1.2.840.113549.1.1.11"), "sha256WithRSAEncryption", kRsaPkcs1, Sha256},
+    {OidBytes("1.2.840.10045.4.3.2"), "ecdsa-with-SHA256", kEcdsa, Sha256},
+    {OidBytes("1.2.840.10045.4.3.3"), "ecdsa-with-SHA384", kEcdsa, Sha384},
+    {OidBytes("1.2.840.113549.1.1.12"), "sha384WithRSAEncryption", kRsaPkcs1, Sha384},
+    {OidBytes("1.2.840.113549.1.1.13"), "sha512WithRSAEncryption", kRsaPkcs1, Sha512},
+    {OidBytes("1.2.840.113549.1.1.5"), "sha1WithRSAEncryption", kRsaPkcs1, Sha1},
+    {OidBytes("1.2.840.113549.1.1.14"), "sha224WithRSAEncryption", kRsaPkcs1, Sha224},
+    // The same under the older OID of the OIW, which some old CAs used.
+    {OidBytes("1.3.14.3.2.29"), "sha1WithRSA", kRsaPkcs1, Sha1},
+    {OidBytes("1.2.840.10045.4.3.4"), "ecdsa-with-SHA512", kEcdsa, Sha512},
+    {OidBytes("1.2.840.10045.4.3.1"), "ecdsa-with-SHA224", kEcdsa, Sha224},
+    {OidBytes("1.2.840.10045.4.1"), "ecdsa-with-SHA1", kEcdsa, Sha1},
+    {OidBytes("2.16.840.1.101.3.4.3.9"), "ecdsa-with-SHA3-224", kEcdsa, Sha3_224},
+    {OidBytes("2.16.840.1.101.3.4.3.10"), "ecdsa-with-SHA3-256", kEcdsa, Sha3_256},
+    {OidBytes("2.16.840.1.101.3.4.3.11"), "ecdsa-with-SHA3-384", kEcdsa, Sha3_384},
+    {OidBytes("2.16.840.1.101.3.4.3.12"), "ecdsa-with-SHA3-512", kEcdsa, Sha3_512},
+
+    {OidBytes("1.2.840.113549.1.1.4"), "md5WithRSAEncryption", kBrokenDigest},
+    {OidBytes("1.3.14.3.2.3"), "md5WithRSA", kBrokenDigest},
+    {OidBytes("1.2.840.113549.1.1.3"), "md4WithRSAEncryption", kBrokenDigest},
+    {OidBytes("1.3.14.3.2.2"), "md4WithRSA", kBrokenDigest},
+    {OidBytes("1.3.14.3.2.4"), "md4WithRSAEncryption", kBrokenDigest},
+    {OidBytes("1.2.840.113549.1.1.2"), "md2WithRSAEncryption", kBrokenDigest},
+};
+
+}  // namespace
+
+const SignatureAlgorithm* findSignatureAlgorithm(ByteView identifier, ByteView& oid,
+                                                 ByteView& parameters) noexcept {
+    DerReader der(identifier), inner;
+    if (!der.readSequence(inner) || !inner.readOid(oid))
+        return nullptr;
+    parameters = inner.rest();
+    for (const SignatureAlgorithm& algorithm : kAlgorithms)
+        if (algorithm.oid == oid)
+            return &algorithm;
+    return nullptr;
+}
+
+void appendSignatureAlgorithmName(StringBuffer& out, ByteView identifier) {
+    ByteView oid, parameters;
+    if (const SignatureAlgorithm* known = findSignatureAlgorithm(identifier, oid, parameters))
+        out.append(known->name);
+    else
+        appendDottedOid(out, oid);
+}
+
+}  // namespace certstore

@@ -1,0 +1,43 @@
+#include "support/x509/SignatureMemory.h"
+
+#include <cstdint>
+#include <cstring>
+#include <memory>
+#include <new>
+
+namespace certstore {
+
+namespace {
+
+// A certificate, and so a key in one, has at most 1 MiB.
+using Size = std::uint32_t;
+
+ByteView keyIn(const unsigned char* block) noexcept {
+    Size size = 0;
+    std::memcpy(&size, block, sizeof size);
+    return {block + sizeof size, size};
+}
+
+}  // namespace
+
+bool SignatureMemory::isGoodUnder(ByteView spki) const noexcept {
+    const unsigned char* block = m_key.load(std::memory_order_acquire);
+    return block && equalBytes(keyIn(block), spki);
+}
+
+void SignatureMemory::rememberGood(ByteView spki) noexcept {
+    if (m_key.load(std::memory_order_relaxed))
+        return;
+    std::unique_ptr<unsigned char[]> block(
+        new (std::nothrow) unsigned char[sizeof(Size) + spki.size()]);
+    if (!block)
+        return;
+    const Size size = static_cast<Size>(spki.size());
+    std::memcpy(block.get(), &size, sizeof size);
+    std::memcpy(block.get() + sizeof size, spki.data(), spki.size());
+    const unsigned char* none = nullptr;
+    if (m_key.compare_exchange_strong(none, block.get(), std::memory_order_acq_rel))
+        block.release();
+}
+
+}  // namespace certstore
