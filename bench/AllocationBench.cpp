@@ -71,25 +71,33 @@ void countParse(const Peer& peer) {
 }
 
 void countSearch(const Peer& peer, const char* name, Search search) {
-    countAllocations(
-        name, peer,
-        [=, &peer, queries = std::size_t{0}, query = std::size_t{0}](Step step) mutable {
-            LoadedStore& loaded = LoadedStore::get(peer, kStoreSize);
-            if (step == Step::Prepare)
-                queries = loaded.prepare(search, Outcome::Hit);
-            return queries != 0 && loaded.store().find(query++ % queries, nullptr);
-        });
+    struct State {
+        LoadedStore* loaded = nullptr;
+        std::size_t queries = 0, next = 0;
+    };
+    countAllocations(name, peer, [=, &peer, at = State()](Step step) mutable {
+        if (step == Step::Prepare) {
+            at.loaded = &LoadedStore::get(peer, kStoreSize);
+            at.queries = at.loaded->prepare(search, Outcome::Hit);
+        }
+        return at.queries != 0 && at.loaded->store().find(at.next++ % at.queries, nullptr);
+    });
 }
 
 void countAdd(const Peer& peer) {
-    using Ders = std::vector<std::string>;
-    countAllocations("add a certificate", peer,
-                     [&peer, ders = Ders(), next = std::size_t{0}](Step step) mutable {
-                         LoadedStore& loaded = LoadedStore::get(peer, kStoreSize);
-                         if (step == Step::Prepare)
-                             ders = loaded.takeNew(kCalls + 1);
-                         return loaded.store().add(certstore::bytesOf(ders[next++]));
-                     });
+    struct State {
+        LoadedStore* loaded = nullptr;
+        std::vector<std::string> ders;
+    };
+    countAllocations("add a certificate", peer, [&peer, at = State()](Step step) mutable {
+        if (step == Step::Prepare) {
+            at.loaded = &LoadedStore::get(peer, kStoreSize);
+            at.ders = at.loaded->takeNew(kCalls + 1);
+        }
+        const std::string der = std::move(at.ders.back());
+        at.ders.pop_back();
+        return at.loaded->store().add(certstore::bytesOf(der));
+    });
 }
 
 }  // namespace

@@ -17,8 +17,9 @@ namespace {
 
 constexpr const char* kNote =
     "N certificates are in the store; searches are in random order. Adding is from DER to "
-    "findable. What a library has no index for is found by a walk over all. The floor is four "
-    "`std::unordered_map` and a bare walk over the DER.";
+    "findable; mbedTLS then walks to the end of its list, X509_STORE sorts anew. What a library "
+    "has no index for is found by a walk over all. The floor is four `std::unordered_map` and a "
+    "bare walk over the DER.";
 
 constexpr int kSizes[] = {1'000, 10'000, 100'000, 1'000'000};
 
@@ -80,8 +81,7 @@ void add(benchmark::State& state, const Peer& peer) {
             return;
         }
     }
-    loaded->store().prepare(Search::Subject, {ders[next - 1]});
-    if (!loaded->store().find(0, nullptr))
+    if (!loaded->finds(ders[next - 1]))
         state.SkipWithError("does not find what was added");
 }
 

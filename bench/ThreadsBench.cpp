@@ -33,7 +33,7 @@ void findInThreads(benchmark::State& state, const Peer& peer) {
 }
 
 void registerPeer(const Peer& peer, int size) {
-    benchmark::RegisterBenchmark(("find by subject in threads|" + peer.name).c_str(),
+    benchmark::RegisterBenchmark(("find by subject|" + peer.name).c_str(),
                                  [&peer](benchmark::State& state) { findInThreads(state, peer); })
         ->ArgName("N")
         ->Arg(size)

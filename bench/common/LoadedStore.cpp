@@ -76,6 +76,13 @@ std::vector<std::string> LoadedStore::takeNew(std::size_t count) {
     return ders;
 }
 
+bool LoadedStore::finds(const std::string& der) {
+    m_queries = 0;
+    std::string found;
+    m_store->prepare(Search::Subject, {der});
+    return m_store->find(0, &found) && found == der;
+}
+
 std::size_t LoadedStore::prepare(Search search, Outcome outcome) {
     if (m_queries != 0 && m_search == search && m_outcome == outcome)
         return m_queries;

@@ -28,6 +28,9 @@ public:
     // The DER of `count` certificates that are still to be added.
     std::vector<std::string> takeNew(std::size_t count);
 
+    // Whether a certificate that was added is found. Ends what prepare() made.
+    bool finds(const std::string& der);
+
     // What one certificate takes: memory that the library asked for, and growth of the process.
     double heapBytesEach() const noexcept { return m_heapBytesEach; }
     double residentBytesEach() const noexcept { return m_residentBytesEach; }
@@ -37,12 +40,12 @@ private:
 
     const Peer& m_peer;
     const std::size_t m_count;
-    std::size_t m_next;  // number
+    std::size_t m_next;  // the number of the next certificate
     std::unique_ptr<Store> m_store;
     double m_heapBytesEach, m_residentBytesEach;
     Search m_search = Search::Subject;
     Outcome m_outcome = Outcome::Hit;
-    std::size_t m_queries = 0;
+    std::size_t m_queries = 0;  // none prepared
 };
 
 }  // namespace certbench
