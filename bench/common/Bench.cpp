@@ -83,10 +83,6 @@ double processorSeconds() {
 int runBenchmarks(int argc, char** argv, const std::string& note) {
     benchmark::AddCustomContext("processor", processorName());
     benchmark::AddCustomContext("compiler", compilerName());
-    std::string peers = libcryptoName();
-    if (!peers.empty() && !gnutlsName().empty())
-        peers += ", ";
-    benchmark::AddCustomContext("peers", peers + gnutlsName());
     benchmark::AddCustomContext("note", note);
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv))

@@ -29,9 +29,9 @@ std::string readTestFile(const std::string& name);
 // The certificates of such a PEM file, each as its DER, in the file's order.
 std::vector<std::string> readTestCerts(const std::string& name);
 
-// Runs what was registered, as the command line of Google Benchmark says, with the processor, the
-// compiler and the peers in the report's context, and `note`, which the table shows. The result is
-// that of main().
+// Runs what was registered, as the command line of Google Benchmark says, with the processor and
+// the compiler in the report's context, and `note`, which the table shows. The result is that of
+// main().
 int runBenchmarks(int argc, char** argv, const std::string& note = {});
 
 // Time that this process has had of the processor: what else runs meanwhile does not count.
