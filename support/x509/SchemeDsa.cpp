@@ -6,8 +6,8 @@
 namespace certstore {
 
 const char* verifyDsaScheme(const SignatureInput& input) {
-    DerReader parameters(input.parameters), bits(input.key.bits);
-    if (!parameters.atEnd() && !(parameters.readNull() && parameters.atEnd()))
+    DerReader bits(input.key.bits);
+    if (!input.hasNoParameters())
         return "The DSA signature algorithm's parameters are neither NULL nor absent.";
     if (input.key.parameters.empty())
         return "The issuer's DSA key inherits its parameters, which is not supported.";

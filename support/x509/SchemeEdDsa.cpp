@@ -1,4 +1,3 @@
-#include "support/asn1/DerReader.h"
 #include "support/crypto/Ed25519.h"
 #include "support/crypto/Ed448.h"
 #include "support/x509/SignatureSchemes.h"
@@ -9,13 +8,8 @@ namespace {
 
 using VerifyPrimitive = bool (*)(ByteView publicKey, ByteView message, ByteView signature) noexcept;
 
-bool isNullOrAbsent(ByteView parameters) noexcept {
-    DerReader der(parameters);
-    return der.atEnd() || (der.readNull() && der.atEnd());
-}
-
 const char* verifyPure(const SignatureInput& input, VerifyPrimitive verify) {
-    if (!isNullOrAbsent(input.parameters))
+    if (!input.hasNoParameters())
         return "The EdDSA signature algorithm's parameters are neither NULL nor absent.";
     return verify(input.key.bits, input.signedBytes, input.signature) ? nullptr
                                                                       : kSignatureDoesNotMatch;

@@ -1,4 +1,3 @@
-#include "support/asn1/DerReader.h"
 #include "support/crypto/RsaPkcs1.h"
 #include "support/x509/RsaSchemeKey.h"
 #include "support/x509/SignatureSchemes.h"
@@ -6,8 +5,7 @@
 namespace certstore {
 
 const char* verifyRsaPkcs1Scheme(const SignatureInput& input) {
-    DerReader parameters(input.parameters);
-    if (!parameters.atEnd() && !(parameters.readNull() && parameters.atEnd()))
+    if (!input.hasNoParameters())
         return "The RSA signature algorithm's parameters are neither NULL nor absent.";
     RsaPublicKey key;
     if (const char* reason = readRsaSchemeKey(input, key))

@@ -2,6 +2,7 @@
 
 #include <span>
 
+#include "support/asn1/DerReader.h"
 #include "support/asn1/Oid.h"
 #include "support/crypto/Digest.h"
 #include "support/x509/KeyCodec.h"
@@ -15,6 +16,12 @@ struct SignatureInput {
     ByteView signedBytes;
     ByteView signature;
     const PublicKeyInfo& key;  // of a kind that the scheme takes
+
+    // NULL, or absent.
+    bool hasNoParameters() const noexcept {
+        DerReader der(parameters);
+        return der.atEnd() || (der.readNull() && der.atEnd());
+    }
 
     DigestValue computeDigest() const noexcept {
         return certstore::computeDigest(digest, signedBytes);
