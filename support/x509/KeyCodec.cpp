@@ -17,7 +17,8 @@ void appendSize(StringBuffer& out, ByteView number) {
         return;
     const std::size_t bits =
         number.size() * 8 - static_cast<std::size_t>(std::countl_zero(number[0]));
-    out.append(" " + std::to_string(bits));
+    out.appendChar(' ');
+    out.append(std::to_string(bits));
 }
 
 // Appends the name of the curve, or its dotted OID; nothing for one that is given otherwise.
