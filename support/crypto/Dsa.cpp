@@ -4,15 +4,15 @@
 #include <array>
 #include <span>
 
-#include "support/crypto/ConstantTimeModulus.h"
 #include "support/crypto/Limbs.h"
 #include "support/crypto/MontgomeryField.h"
+#include "support/crypto/MontgomeryModulus.h"
 
 namespace certstore {
 namespace {
 
-using Residue = ConstantTimeModulus::Residue;
-static_assert(kMaxDsaPrimeSize == ConstantTimeModulus::kMaxLimbs * sizeof(Limb));
+// A number modulo p.
+using Residue = std::array<Limb, kMaxDsaPrimeSize / sizeof(Limb)>;
 
 constexpr std::size_t kOrderBits[] = {160, 224, 256};
 constexpr std::size_t kOrderLimbs = limbsForBits(256);
@@ -23,7 +23,6 @@ constexpr unsigned char kOne[] = {1};
 
 // Bits of an exponent taken at a time.
 constexpr std::size_t kWindow = 4;
-using Powers = std::array<Residue, 1 << kWindow>;
 
 bool isBelow(ByteView a, ByteView b) noexcept {
     a = stripLeadingZeros(a);
@@ -57,27 +56,43 @@ bool isWithin(ByteView low, ByteView number, ByteView high) noexcept {
     return isBelow(low, number) && isBelow(number, high);
 }
 
-// The digits of both exponents share the squarings.
-Residue raiseBoth(const ConstantTimeModulus& modulus, const Residue& g, const Scalar& gExponent,
-                  const Residue& y, const Scalar& yExponent) noexcept {
-    Powers gPowers, yPowers;
-    modulus.fillPowers(gPowers, g);
-    modulus.fillPowers(yPowers, y);
-    Residue result = gPowers[0], product;
+// base^0, base^1, base^2 .. for the digits of one window.
+class Powers {
+public:
+    Powers(const MontgomeryModulus& modulus, ByteView base) noexcept : m_powers{Residue{1}} {
+        const std::size_t count = modulus.limbCount();
+        loadLimbs(base, m_powers[1]);
+        modulus.enterMontgomeryForm({m_powers[0].data(), count});
+        modulus.enterMontgomeryForm({m_powers[1].data(), count});
+        for (std::size_t i = 2; i < m_powers.size(); ++i)
+            modulus.multiply(m_powers[i].data(), m_powers[i - 1].data(), m_powers[1].data());
+    }
+
+    const Residue& operator[](std::size_t exponent) const noexcept { return m_powers[exponent]; }
+
+private:
+    std::array<Residue, 1 << kWindow> m_powers;
+};
+
+// g^u1 * y^u2: the digits of both exponents share the squarings.
+Residue raiseBoth(const MontgomeryModulus& modulus, const DsaPublicKey& key, const Scalar& u1,
+                  const Scalar& u2) noexcept {
+    const Powers g(modulus, key.g), y(modulus, key.y);
+    Residue result = g[0];
     const auto multiplyBy = [&](const Residue& factor) {
-        modulus.multiply(product, result, factor);
-        std::swap(product, result);
+        modulus.multiply(result.data(), result.data(), factor.data());
     };
-    const std::size_t bits = std::max(countBits(gExponent), countBits(yExponent));
+    const std::size_t bits = std::max(countBits(u1), countBits(u2));
     for (std::size_t position = (bits + kWindow - 1) / kWindow * kWindow; position != 0;) {
         position -= kWindow;
         for (std::size_t i = 0; i < kWindow; ++i)
-            multiplyBy(result);
-        if (const Limb digit = readBits(gExponent, position, kWindow))
-            multiplyBy(gPowers[digit]);
-        if (const Limb digit = readBits(yExponent, position, kWindow))
-            multiplyBy(yPowers[digit]);
+            modulus.square(result.data(), result.data());
+        if (const Limb digit = readBits(u1, position, kWindow))
+            multiplyBy(g[digit]);
+        if (const Limb digit = readBits(u2, position, kWindow))
+            multiplyBy(y[digit]);
     }
+    multiplyBy({1});
     return result;
 }
 
@@ -114,12 +129,11 @@ bool verifyDsa(const DsaPublicKey& key, ByteView digest, ByteView r, ByteView s)
     const auto u1 = scalars.decode(scalars.multiply(scalars.encode(e), w));
     const auto u2 = scalars.decode(scalars.multiply(scalars.encode(readScalar(r)), w));
 
-    ConstantTimeModulus modulus;
-    Residue g, y;
-    if (!modulus.assign(key.p) || !modulus.load(key.g, g) || !modulus.load(key.y, y))
+    MontgomeryModulus modulus;
+    if (!modulus.assign(key.p))
         return false;
     std::array<unsigned char, kMaxDsaPrimeSize> octets;
-    modulus.store(raiseBoth(modulus, g, u1, y, u2), octets);
+    storeLimbs(raiseBoth(modulus, key, u1, u2), octets);
     return reduceOctets(scalars, octets) == readScalar(r);
 }
 

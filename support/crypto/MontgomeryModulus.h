@@ -11,9 +11,9 @@ namespace certstore {
 
 struct RowLimbs;
 
-// Arithmetic modulo an odd number whose size is known at run time only, as RSA needs it. Numbers
-// are spans of limbCount() limbs (which may be zero at the top), below the modulus. The time taken
-// depends on the values: for public ones only.
+// Arithmetic modulo an odd number whose size is known at run time only, as RSA and DSA need it.
+// Numbers have limbCount() limbs (which may be zero at the top) and are below the modulus. The time
+// taken depends on the values: for public ones only.
 class MontgomeryModulus {
 public:
     // 16,384 bits are the largest RSA keys in use anywhere, by a factor of two. A signature check
@@ -31,10 +31,15 @@ public:
     // the others.
     void raise(std::span<Limb> result, std::span<const Limb> base, Limb exponent) const noexcept;
 
-private:
+    // Multiplies by R = 2^(64 * limbCount()): the form in which multiply() and square(), which
+    // divide by R, keep products. Multiplying by a plain 1 leaves it.
     void enterMontgomeryForm(std::span<Limb> number) const noexcept;
+
+    // a * b / R and a * a / R; `result` may be one of the factors.
     void multiply(Limb* result, const Limb* a, const Limb* b) const noexcept;
     void square(Limb* result, const Limb* a) const noexcept;
+
+private:
     void reduce(Limb* result, Limb* product) const noexcept;
     RowLimbs findQuotient(const Limb* product, RowLimbs& carry) const noexcept;
 
