@@ -18,6 +18,19 @@ ByteView keyIn(const unsigned char* block) noexcept {
     return {block + sizeof size, size};
 }
 
+// Null without memory.
+std::unique_ptr<const unsigned char[]> makeBlock(ByteView key) noexcept {
+    try {
+        const Size size = static_cast<Size>(key.size());
+        std::unique_ptr<unsigned char[]> block(new unsigned char[sizeof size + key.size()]);
+        std::memcpy(block.get(), &size, sizeof size);
+        std::memcpy(block.get() + sizeof size, key.data(), key.size());
+        return block;
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
+}
+
 }  // namespace
 
 bool SignatureMemory::isGoodUnder(ByteView spki) const noexcept {
@@ -28,15 +41,9 @@ bool SignatureMemory::isGoodUnder(ByteView spki) const noexcept {
 void SignatureMemory::rememberGood(ByteView spki) noexcept {
     if (m_key.load(std::memory_order_relaxed))
         return;
-    std::unique_ptr<unsigned char[]> block(
-        new (std::nothrow) unsigned char[sizeof(Size) + spki.size()]);
-    if (!block)
-        return;
-    const Size size = static_cast<Size>(spki.size());
-    std::memcpy(block.get(), &size, sizeof size);
-    std::memcpy(block.get() + sizeof size, spki.data(), spki.size());
+    std::unique_ptr<const unsigned char[]> block = makeBlock(spki);
     const unsigned char* none = nullptr;
-    if (m_key.compare_exchange_strong(none, block.get(), std::memory_order_acq_rel))
+    if (block && m_key.compare_exchange_strong(none, block.get(), std::memory_order_acq_rel))
         block.release();
 }
 

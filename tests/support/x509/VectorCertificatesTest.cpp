@@ -182,7 +182,7 @@ bool isRefusedHere(const X509Certificate& child, const X509Certificate& issuer,
     // A salt of 2^62 + 32 octets, which it takes for 32.
     constexpr unsigned char kHugeSalt[] = {0xa2, 0x0a, 0x02, 0x08, 0x40, 0, 0, 0, 0, 0, 0, 0x20};
     const auto contains = [](certstore::ByteView bytes, certstore::ByteView part) {
-        return !std::ranges::search(bytes, part).empty();
+        return std::search(bytes.begin(), bytes.end(), part.begin(), part.end()) != bytes.end();
     };
     const certstore::ByteView identifier = child.getX509Ptr()->signatureAlgorithm();
     // Collisions of these digests have forged CA certificates.
