@@ -8,6 +8,10 @@ void ZorvenCritSec::waitForLock() noexcept {
         m_state.wait(State::Awaited, std::memory_order_relaxed);
 }
 
+void ZorvenCritSec::wakeOne() noexcept {
+    m_state.notify_one();
+}
+
 void ZorvenCritSec::abortUnlessHeld() const noexcept {
     if (m_owner.load(std::memory_order_relaxed) != &certstore::t_threadMark)
         std::abort();

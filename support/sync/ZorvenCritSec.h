@@ -36,6 +36,7 @@ private:
     enum class State : int { Free, Held, Awaited };
 
     void waitForLock() noexcept;
+    void wakeOne() noexcept;
     void abortUnlessHeld() const noexcept;
 
     std::atomic<State> m_state{State::Free};
@@ -63,7 +64,7 @@ inline void ZorvenCritSec::leaveCriticalSection() noexcept {
         return;
     m_owner.store(nullptr, std::memory_order_relaxed);
     if (m_state.exchange(State::Free, std::memory_order_release) == State::Awaited)
-        m_state.notify_one();
+        wakeOne();
 }
 
 // Holds a ZorvenCritSec from construction to the end of the scope.
