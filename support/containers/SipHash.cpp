@@ -129,6 +129,8 @@ void absorbBlock(State& state, const Secret&, const char* begin, std::size_t siz
 std::uint64_t keyedHash(std::string_view text) noexcept {
     static const Secret secret;
     State state(secret.key);
+    // First, while nothing waits for it yet.
+    state.absorb(text.size());
     const char* at = text.data();
     std::size_t left = text.size();
     for (; left > kBlock; at += kBlock, left -= kBlock)
@@ -140,7 +142,6 @@ std::uint64_t keyedHash(std::string_view text) noexcept {
         left = kPair;
     }
     absorbBlock(state, secret, at, left);
-    state.absorb(text.size());
     return state.finish();
 }
 
