@@ -29,6 +29,9 @@ CertRepository::~CertRepository() {
 
 bool CertRepository::createHashMapsIfNeeded(LogBase& log) {
     assertHeld();
+    // Made last, so all are there.
+    if (m_keyToHolder)
+        return true;
     for (StringHashMap** map :
          {&m_subjectDnToKey, &m_keyToIssuerDn, &m_emailToKey, &m_keyToHolder}) {
         if (*map)
@@ -65,13 +68,12 @@ void CertRepository::logCertRepository(LogBase& log) {
 }
 
 CertificateHolder* CertRepository::findHolder(const char* key) const {
-    StringBuffer wanted;
-    wanted.append(key);
-    NonRefCountedObj* found = m_keyToHolder->hashLookupSb(wanted);
-    if (!found && wanted.beginsWith("00")) {
+    std::string_view wanted(key ? key : "");
+    NonRefCountedObj* found = m_keyToHolder->lookup(wanted);
+    if (!found && wanted.starts_with("00")) {
         // One side wrote the zero byte that keeps the number positive, the other left it out.
-        wanted.replaceFirstOccurance("00", "", false);
-        found = m_keyToHolder->hashLookupSb(wanted);
+        wanted.remove_prefix(2);
+        found = m_keyToHolder->lookup(wanted);
     }
     return static_cast<CertificateHolder*>(found);
 }

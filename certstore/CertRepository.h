@@ -113,32 +113,41 @@ private:
         X509Certificate* cert;
         XString subjectDn;
         XString key;
+        CertificateHolder* holder;  // what is stored under the key
+
+        std::string_view subjectDnText() const noexcept { return subjectDn.getUtf8Sb().view(); }
+        std::string_view keyText() const noexcept { return key.getUtf8Sb().view(); }
     };
 
     CertificateHolder* findHolder(const char* key) const;
-    X509Certificate* findThroughIndex(const StringHashMap& index, const char* text, LogBase& log);
+    // The certificate to which `text` leads in one of the maps below.
+    static X509Certificate* findIn(const StringHashMap& map, std::string_view text, LogBase& log);
+    X509Certificate* findCandidate(const char* serial, std::string_view name, LogBase& log);
 
     // The same as getNthRepositoryCert, kept alive by `holder` before the lock is let go.
     X509Certificate* holdNthCert(unsigned int index, CertificateHolder& holder, LogBase& log);
 
     // The steps of addCertificate, in their order. Require: the lock, and the indexes.
     bool describeEntry(Entry& entry, LogBase& log);
-    bool insertEntry(Entry& entry, LogBase& log);
+    bool insertEntry(Entry& entry, const StringHashMap::Key& key, LogBase& log);
     bool replaceDifferentKey(Entry& entry, X509Certificate& stored, LogBase& log);
     void adoptPrivateKey(Entry& entry, X509Certificate& stored, LogBase& log);
-    bool insertHolder(const StringBuffer& key, X509Certificate* cert, const char* failure,
-                      LogBase& log);
-    bool indexEntry(Entry& entry, LogBase& log);
+    CertificateHolder* insertHolder(const StringHashMap::Key& key, X509Certificate* cert,
+                                    const char* failure, LogBase& log);
+    bool indexEntry(Entry& entry, const StringHashMap::Key& key, LogBase& log);
     bool indexSubjectKeyId(Entry& entry, LogBase& quiet, LogBase& log);
     bool indexSubjectDn(Entry& entry, LogBase& log);
     bool indexKeyTypeAndDn(Entry& entry, LogBase& quiet, LogBase& log);
     bool appendToEnumeration(Entry& entry);
-    bool indexIssuerDn(Entry& entry, LogBase& log);
+    bool indexIssuerDn(Entry& entry, const StringHashMap::Key& key, LogBase& log);
     bool indexEmail(Entry& entry, LogBase& quiet, LogBase& log);
 
     // The keys in order of addition, one for each accepted addition.
     ExtPtrArraySb m_certKeys;
     [[maybe_unused]] bool m_constructedFlag;
+    // An entry under a key is never removed. So what leads "to key" is a pointer to the holder that
+    // is stored under it: what looking the key up would find at any time.
+    //
     // Subject DN, and key type "," subject DN, to key. The first writer keeps an entry.
     StringHashMap* m_subjectDnToKey;
     // Key to issuer DN, of certificates that are not self-issued. The first writer keeps an entry.

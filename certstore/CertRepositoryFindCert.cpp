@@ -1,23 +1,20 @@
 #include "certstore/CertRepository.h"
 #include "support/x509/DistinguishedName.h"
 
-namespace {
-
 // Looks for one candidate, and then with "00" in front of its serial number.
-X509Certificate* findCandidate(CertRepository& repository, const char* serial, const char* name,
-                               LogBase& log) {
+X509Certificate* CertRepository::findCandidate(const char* serial, std::string_view name,
+                                               LogBase& log) {
     StringBuffer key;
+    key.append("00");
     key.append(serial);
     key.toUpperCase();
     key.appendChar(':');
     key.append(name);
-    if (X509Certificate* found = repository.crpFindBySerialIssuerHashKey(key.getString(), log))
+    if (X509Certificate* found = crpFindBySerialIssuerHashKey(key.getString() + 2, log))
         return found;
-    key.prepend("00");
-    return repository.crpFindBySerialIssuerHashKey(key.getString(), log);
+    // crpFindBySerialIssuerHashKey would go on without the zeros, which was tried just now.
+    return findIn(*m_keyToHolder, key.view(), log);
 }
-
-}  // namespace
 
 X509Certificate* CertRepository::crpFindCert(const char* serial, const char* issuerCN,
                                              const char* issuerDN, LogBase& log) {
@@ -28,7 +25,7 @@ X509Certificate* CertRepository::crpFindCert(const char* serial, const char* iss
         return nullptr;
     }
     if (issuerCN)
-        if (X509Certificate* found = findCandidate(*this, serial, issuerCN, log))
+        if (X509Certificate* found = findCandidate(serial, issuerCN, log))
             return found;
     if (!issuerDN)
         return nullptr;
@@ -38,7 +35,7 @@ X509Certificate* CertRepository::crpFindCert(const char* serial, const char* iss
     if (trimmedDn.getSize() == 0)
         return nullptr;
     // The DN as given: trimming only told whether there is one.
-    if (X509Certificate* found = findCandidate(*this, serial, issuerDN, log))
+    if (X509Certificate* found = findCandidate(serial, issuerDN, log))
         return found;
     StringBuffer cn;
     if (!DistinguishedName::getDnPart(issuerDN, "CN", cn, log))
@@ -46,5 +43,5 @@ X509Certificate* CertRepository::crpFindCert(const char* serial, const char* iss
     cn.trim2();
     // Written always, not only for a verbose log.
     log.LogDataSb("sbCN", cn);
-    return findCandidate(*this, serial, cn.getString(), log);
+    return findCandidate(serial, cn.view(), log);
 }

@@ -3,10 +3,11 @@
 
 namespace {
 
-// Enters text -> key where the text is new. False, with the message, when the map refuses it.
-bool insertUnlessPresent(StringHashMap& map, const char* text, const char* key, const char* failure,
-                         LogBase& log) {
-    if (map.hashContains(text) || map.hashInsertString(text, key))
+// Lets `text` lead to the holder where the text is new. False, with the message, when the map
+// refuses it.
+bool insertUnlessPresent(StringHashMap& map, std::string_view text, CertificateHolder& holder,
+                         const char* failure, LogBase& log) {
+    if (map.insertSharedIfAbsent(text, holder))
         return true;
     log.LogError(failure);
     return false;
@@ -25,18 +26,20 @@ bool CertRepository::addCertificate(X509Certificate* cert, LogBase& log) {
     }
     // Replacing an entry may let go the last other holder of this very certificate.
     const CertificateHolder keepAlive(cert);
-    Entry entry{cert, {}, {}};
+    Entry entry{cert, {}, {}, nullptr};
     if (!describeEntry(entry, log))
         return false;
-    if (!m_keyToHolder->hashContains(entry.key.getUtf8()))
-        return insertEntry(entry, log) && indexEntry(entry, log);
+    const StringHashMap::Key key(entry.keyText());
+    entry.holder = static_cast<CertificateHolder*>(m_keyToHolder->lookup(key));
+    if (!entry.holder)
+        return insertEntry(entry, key, log) && indexEntry(entry, key, log);
 
-    if (X509Certificate* stored = crpFindBySerialIssuerHashKey(entry.key.getUtf8(), log)) {
+    if (X509Certificate* stored = entry.holder->getCertPtr(log)) {
         if (replaceDifferentKey(entry, *stored, log))
             return true;
         adoptPrivateKey(entry, *stored, log);
     }
-    return indexEntry(entry, log);
+    return indexEntry(entry, key, log);
 }
 
 bool CertRepository::describeEntry(Entry& entry, LogBase& log) {
@@ -53,21 +56,23 @@ bool CertRepository::describeEntry(Entry& entry, LogBase& log) {
         && !entry.key.isEmpty();
 }
 
-bool CertRepository::insertEntry(Entry& entry, LogBase& log) {
+bool CertRepository::insertEntry(Entry& entry, const StringHashMap::Key& key, LogBase& log) {
     if (log.m_verboseLogging)
         log.LogDataX("certHashEntryB", entry.key);
-    return insertHolder(entry.key.getUtf8Sb(), entry.cert, "hashInsert-1 failed.", log);
+    entry.holder = insertHolder(key, entry.cert, "hashInsert-1 failed.", log);
+    return entry.holder != nullptr;
 }
 
-bool CertRepository::insertHolder(const StringBuffer& key, X509Certificate* cert,
-                                  const char* failure, LogBase& log) {
+// Null, with the message, when the map refuses the new holder.
+CertificateHolder* CertRepository::insertHolder(const StringHashMap::Key& key,
+                                                X509Certificate* cert, const char* failure,
+                                                LogBase& log) {
     ZorvenOwner<CertificateHolder> holder(CertificateHolder::createFromCert(cert, log));
-    if (!m_keyToHolder->hashInsertSb(key, holder.get())) {
+    if (!m_keyToHolder->insertOwned(key, holder.get())) {
         log.LogError(failure);
-        return false;
+        return nullptr;
     }
-    holder.release();  // the map owns it now
-    return true;
+    return holder.release();  // the map owns it now
 }
 
 // True when the keys differ: then all that is to be done for the new certificate is done.
@@ -95,34 +100,33 @@ void CertRepository::adoptPrivateKey(Entry& entry, X509Certificate& stored, LogB
     stored.setPrivateKeyFromObj(entry.cert->m_certKey, log);
 }
 
-bool CertRepository::indexEntry(Entry& entry, LogBase& log) {
+bool CertRepository::indexEntry(Entry& entry, const StringHashMap::Key& key, LogBase& log) {
     LogNull quiet;  // optional fields may be absent without a trace
     return indexSubjectKeyId(entry, quiet, log) && indexSubjectDn(entry, log)
         && indexKeyTypeAndDn(entry, quiet, log) && appendToEnumeration(entry)
-        && indexIssuerDn(entry, log) && indexEmail(entry, quiet, log);
+        && indexIssuerDn(entry, key, log) && indexEmail(entry, quiet, log);
 }
 
 bool CertRepository::indexSubjectKeyId(Entry& entry, LogBase& quiet, LogBase& log) {
-    StringBuffer identifier;
-    if (!entry.cert->getSubjectKeyIdentifier(identifier, quiet))
+    StringBuffer text;
+    text.append("SubjectKeyId:");
+    if (!entry.cert->getSubjectKeyIdentifier(text, quiet))
         return true;
-    StringBuffer key;
-    key.append("SubjectKeyId:");
-    key.append(identifier);
-    key.trim2();
+    text.trim2();
     if (log.m_verboseLogging)
-        log.LogDataSb("skiHashKey", key);
-    if (m_keyToHolder->hashContains(key.getString())) {
+        log.LogDataSb("skiHashKey", text);
+    const StringHashMap::Key key(text.view());
+    if (m_keyToHolder->contains(key)) {
         if (log.m_verboseLogging)
             log.LogInfo("The cert hash map already contains this skiHashKey...");
         // The later certificate wins here, unlike in every other index.
-        m_keyToHolder->hashDelete(key.getString());
+        m_keyToHolder->remove(key);
     }
-    return insertHolder(key, entry.cert, "hashInsert-2 failed.", log);
+    return insertHolder(key, entry.cert, "hashInsert-2 failed.", log) != nullptr;
 }
 
 bool CertRepository::indexSubjectDn(Entry& entry, LogBase& log) {
-    return insertUnlessPresent(*m_subjectDnToKey, entry.subjectDn.getUtf8(), entry.key.getUtf8(),
+    return insertUnlessPresent(*m_subjectDnToKey, entry.subjectDnText(), *entry.holder,
                                "hashInsert-3 failed.", log);
 }
 
@@ -130,8 +134,8 @@ bool CertRepository::indexKeyTypeAndDn(Entry& entry, LogBase& quiet, LogBase& lo
     StringBuffer typeAndDn;
     entry.cert->appendCertKeyType(typeAndDn, quiet);
     typeAndDn.appendChar(',');
-    typeAndDn.append(entry.subjectDn.getUtf8Sb());
-    return insertUnlessPresent(*m_subjectDnToKey, typeAndDn.getString(), entry.key.getUtf8(),
+    typeAndDn.append(entry.subjectDnText());
+    return insertUnlessPresent(*m_subjectDnToKey, typeAndDn.view(), *entry.holder,
                                "hashInsert-3a failed.", log);
 }
 
@@ -141,15 +145,15 @@ bool CertRepository::appendToEnumeration(Entry& entry) {
     return copy && m_certKeys.appendSb(copy);
 }
 
-bool CertRepository::indexIssuerDn(Entry& entry, LogBase& log) {
-    if (entry.cert->isIssuerSelf(log) || m_keyToIssuerDn->hashContains(entry.key.getUtf8()))
+bool CertRepository::indexIssuerDn(Entry& entry, const StringHashMap::Key& key, LogBase& log) {
+    if (entry.cert->isIssuerSelf(log) || m_keyToIssuerDn->contains(key))
         return true;
     XString issuerDn;
     if (!entry.cert->getIssuerDN_noTags(issuerDn, log)) {
         log.LogError("getIssuerName failed.");
         return false;
     }
-    if (!m_keyToIssuerDn->hashInsertString(entry.key.getUtf8(), issuerDn.getUtf8())) {
+    if (!m_keyToIssuerDn->insertText(key, issuerDn.getUtf8Sb().view())) {
         log.LogError("hashInsert-4 failed.");
         return false;
     }
@@ -161,14 +165,14 @@ bool CertRepository::indexEmail(Entry& entry, LogBase& quiet, LogBase& log) {
     entry.cert->getEmailAddress(email, quiet);
     if (email.isEmpty())
         return true;
-    if (!insertUnlessPresent(*m_emailToKey, email.getUtf8(), entry.key.getUtf8(),
+    if (!insertUnlessPresent(*m_emailToKey, email.getUtf8Sb().view(), *entry.holder,
                              "hashInsert-5 failed.", log))
         return false;
     XString lowered;
     lowered.copyFromX(email);
     lowered.toLowerCase();
     return lowered.equalsX(email)
-        || insertUnlessPresent(*m_emailToKey, lowered.getUtf8(), entry.key.getUtf8(),
+        || insertUnlessPresent(*m_emailToKey, lowered.getUtf8Sb().view(), *entry.holder,
                                "hashInsert-5a failed.", log);
 }
 

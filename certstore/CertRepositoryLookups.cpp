@@ -1,11 +1,8 @@
 #include "certstore/CertRepository.h"
 
-X509Certificate* CertRepository::findThroughIndex(const StringHashMap& index, const char* text,
-                                                  LogBase& log) {
-    StringBuffer key;
-    if (!index.hashLookupString(text, key))
-        return nullptr;
-    const auto* holder = static_cast<CertificateHolder*>(m_keyToHolder->hashLookupSb(key));
+X509Certificate* CertRepository::findIn(const StringHashMap& map, std::string_view text,
+                                        LogBase& log) {
+    const auto* holder = static_cast<const CertificateHolder*>(map.lookup(text));
     return holder ? holder->getCertPtr(log) : nullptr;
 }
 
@@ -13,7 +10,7 @@ X509Certificate* CertRepository::crpFindBySubjectDN(const char* subjectDN, LogBa
     CritSecExitor lock(*this);
     if (!createHashMapsIfNeeded(log))
         return nullptr;
-    return findThroughIndex(*m_subjectDnToKey, subjectDN, log);
+    return findIn(*m_subjectDnToKey, subjectDN ? subjectDN : "", log);
 }
 
 X509Certificate* CertRepository::crpFindByEmailAddr(XString& email, LogBase& log) {
@@ -22,7 +19,7 @@ X509Certificate* CertRepository::crpFindByEmailAddr(XString& email, LogBase& log
     if (!createHashMapsIfNeeded(log) || email.isEmpty())
         return nullptr;
     email.toLowerCase();
-    return findThroughIndex(*m_emailToKey, email.getUtf8(), log);
+    return findIn(*m_emailToKey, email.getUtf8Sb().view(), log);
 }
 
 X509Certificate* CertRepository::crpFindBySubjectKeyId(const char* subjectKeyId, LogBase& log) {
@@ -39,8 +36,7 @@ X509Certificate* CertRepository::crpFindBySubjectKeyId(const char* subjectKeyId,
     key.append(subjectKeyId);
     if (log.m_verboseLogging)
         log.LogDataSb("keyId", key);
-    const auto* holder = static_cast<CertificateHolder*>(m_keyToHolder->hashLookupSb(key));
-    return holder ? holder->getCertPtr(log) : nullptr;
+    return findIn(*m_keyToHolder, key.view(), log);
 }
 
 X509Certificate* CertRepository::crpFindFirstHavingPrivateKey(LogBase& log) {

@@ -1,10 +1,26 @@
 #include "certstore/SystemCerts.h"
+#include "support/encoding/Hex.h"
+
+namespace {
+
+// Empty when there is none. What getAuthorityKeyIdentifier gives, but without its buffer for the
+// bytes, which costs more than the search.
+void readAuthorityKeyId(const X509Certificate& cert, XString& text, LogBase& log) {
+    const certstore::ByteView bytes = cert.getX509Ptr()->authorityKeyId();
+    certstore::appendHex(text.getUtf8Sb_rw(), bytes);
+    if (!log.m_verboseLogging || bytes.empty())
+        return;
+    DataBuffer shown;
+    shown.append(bytes);
+    log.LogDataHexDb("dbAuthKeyId", shown);
+    log.LogDataBase64("dbAuthKeyId_base64", shown.getData2(), shown.getSize());
+}
+
+}  // namespace
 
 X509Certificate* SystemCerts::sysCertsFindIssuer(X509Certificate& cert, bool, LogBase& log) {
     CritSecExitor lock(*this);
     LogContextExitor context(log, "sysCertsFindIssuer");
-    // A root that is added on the way may displace the last other holder of this certificate.
-    const CertificateHolder keepAlive(&cert);
     const auto note = [&log](const char* message) {
         if (log.m_verboseLogging)
             log.LogInfo(message);
@@ -14,14 +30,9 @@ X509Certificate* SystemCerts::sysCertsFindIssuer(X509Certificate& cert, bool, Lo
         return nullptr;
     }
 
-    DataBuffer authorityKeyId;
     XString authorityKeyIdText;
-    if (cert.getAuthorityKeyIdentifier(authorityKeyId, &authorityKeyIdText, log)) {
-        if (log.m_verboseLogging) {
-            log.LogDataHexDb("dbAuthKeyId", authorityKeyId);
-            log.LogDataBase64("dbAuthKeyId_base64", authorityKeyId.getData2(),
-                              authorityKeyId.getSize());
-        }
+    readAuthorityKeyId(cert, authorityKeyIdText, log);
+    if (!authorityKeyIdText.isEmpty()) {
         if (X509Certificate* issuer = findBySubjectKeyId(authorityKeyIdText.getUtf8(), log)) {
             note("Found issuer using the authority key identifier.");
             return issuer;
@@ -33,6 +44,8 @@ X509Certificate* SystemCerts::sysCertsFindIssuer(X509Certificate& cert, bool, Lo
         return issuer;
     }
 
+    // A root that is added from here on may displace the last other holder of this certificate.
+    const CertificateHolder keepAlive(&cert);
     constexpr const char* kFoundRoot =
         "Found trusted root issuer after adding root to in-memory cert repository.";
     if (!authorityKeyIdText.isEmpty()

@@ -6,17 +6,14 @@
 #include <memory>
 #include <new>
 
+#include "support/buffers/AsciiCase.h"
+
 namespace {
 
 constexpr std::size_t kMaxCapacity = std::numeric_limits<unsigned int>::max();
 
 std::string_view viewOf(const char* text) noexcept {
     return text ? std::string_view(text) : std::string_view();
-}
-
-// Not the <cctype> functions: they follow the caller's locale.
-char upperOf(char c) noexcept {
-    return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
 }
 
 char lowerOf(char c) noexcept {
@@ -116,11 +113,11 @@ void StringBuffer::weakClear() noexcept {
 }
 
 void StringBuffer::toUpperCase() noexcept {
-    std::transform(m_data, m_data + m_size, m_data, upperOf);
+    certstore::changeCase(m_data, m_size, 'a');
 }
 
 void StringBuffer::toLowerCase() noexcept {
-    std::transform(m_data, m_data + m_size, m_data, lowerOf);
+    certstore::changeCase(m_data, m_size, 'A');
 }
 
 void StringBuffer::trim2() noexcept {

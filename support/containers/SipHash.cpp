@@ -1,5 +1,7 @@
 #include "support/containers/SipHash.h"
 
+#include <algorithm>
+#include <array>
 #include <bit>
 #include <chrono>
 #include <cstring>
@@ -30,6 +32,12 @@ Key drawKey() noexcept {
 struct State {
     std::uint64_t v0, v1, v2, v3;
 
+    explicit State(const Key& key) noexcept
+        : v0(key.k0 ^ 0x736f6d6570736575),
+          v1(key.k1 ^ 0x646f72616e646f6d),
+          v2(key.k0 ^ 0x6c7967656e657261),
+          v3(key.k1 ^ 0x7465646279746573) {}
+
     void round() noexcept {
         v0 += v1;
         v1 = std::rotl(v1, 13) ^ v0;
@@ -48,32 +56,93 @@ struct State {
         round();
         v0 ^= word;
     }
+
+    std::uint64_t finish() noexcept {
+        v2 ^= 0xff;
+        round();
+        round();
+        round();
+        return v0 ^ v1 ^ v2 ^ v3;
+    }
 };
+
+constexpr std::size_t kWord = sizeof(std::uint64_t);
+constexpr std::size_t kPair = 2 * kWord;
+// Longer than most names, so that one of these is all that a text comes to.
+constexpr std::size_t kBlock = 256;
+
+// In host order: hashes never leave the process, so all that matters is that they agree in it.
+std::uint64_t wordAt(const char* at) noexcept {
+    std::uint64_t word;
+    std::memcpy(&word, at, kWord);
+    return word;
+}
+
+// The keys of both hashes.
+struct Secret {
+    Key key = drawKey();
+    std::array<std::uint64_t, kBlock / kWord> block;
+
+    Secret() noexcept {
+        for (std::size_t i = 0; i < block.size(); ++i) {
+            State state(key);
+            state.absorb(i);
+            block[i] = state.finish();
+        }
+    }
+};
+
+#ifdef __SIZEOF_INT128__
+
+__extension__ typedef unsigned __int128 DoubleWord;
+
+// Puts the NH of `size` bytes into `state`. The last pair ends with them and may begin before them.
+void absorbBlock(State& state, const Secret& secret, const char* begin, std::size_t size) noexcept {
+    DoubleWord sum = 0;
+    const std::uint64_t* key = secret.block.data();
+    const auto addPair = [&sum, &key](const char* pair) {
+        sum += DoubleWord{wordAt(pair) + key[0]} * (wordAt(pair + kWord) + key[1]);
+        key += 2;
+    };
+    const char* const last = begin + size - kPair;
+    for (; begin < last; begin += kPair)
+        addPair(begin);
+    addPair(last);
+    state.absorb(static_cast<std::uint64_t>(sum));
+    state.absorb(static_cast<std::uint64_t>(sum >> 64));
+}
+
+#else
+
+// Without a product of that width, SipHash takes the words themselves.
+void absorbBlock(State& state, const Secret&, const char* begin, std::size_t size) noexcept {
+    const char* const last = begin + size - kWord;
+    for (; begin < last; begin += kWord)
+        state.absorb(wordAt(begin));
+    state.absorb(wordAt(last));
+}
+
+#endif
 
 }  // namespace
 
 std::uint64_t keyedHash(std::string_view text) noexcept {
-    static const Key key = drawKey();
-    State state{key.k0 ^ 0x736f6d6570736575, key.k1 ^ 0x646f72616e646f6d,
-                key.k0 ^ 0x6c7967656e657261, key.k1 ^ 0x7465646279746573};
+    static const Secret secret;
+    State state(secret.key);
+    // First, while nothing waits for it yet.
+    state.absorb(text.size());
     const char* at = text.data();
-    const std::uint64_t length = std::uint64_t{text.size()} << 56;
     std::size_t left = text.size();
-    std::uint64_t word;
-    // In host order: hashes never leave the process, so all that matters is that they agree in it.
-    for (; left >= sizeof word; at += sizeof word, left -= sizeof word) {
-        std::memcpy(&word, at, sizeof word);
-        state.absorb(word);
+    for (; left > kBlock; at += kBlock, left -= kBlock)
+        absorbBlock(state, secret, at, kBlock);
+    std::array<char, kPair> padded{};
+    if (text.size() < kPair) {
+        std::copy_n(at, left, padded.data());
+        at = padded.data();
+        left = kPair;
     }
-    word = 0;
-    if (left != 0)
-        std::memcpy(&word, at, left);
-    state.absorb(word ^ length);
-    state.v2 ^= 0xff;
-    state.round();
-    state.round();
-    state.round();
-    return state.v0 ^ state.v1 ^ state.v2 ^ state.v3;
+    absorbBlock(state, secret, at, left);
+    return state.finish();
 }
 
 }  // namespace certstore

@@ -6,10 +6,6 @@
 #include <limits>
 #include <new>
 
-#include "support/containers/SipHash.h"
-
-using certstore::keyedHash;
-
 namespace {
 
 // A longer first size than this gains nothing: the table grows to it soon enough.
@@ -40,12 +36,9 @@ StringHashMap::StringHashMap(int capacity) {
 }
 
 StringHashMap::~StringHashMap() {
-    for (const Slot& slot : m_slots) {
-        if (!slot.entry)
-            continue;
-        ZorvenObject::deleteObject(slot.entry->object);
-        m_arena.release(slot.entry, slot.entry->bytes());
-    }
+    for (const Slot& slot : m_slots)
+        if (slot.entry)
+            destroyEntry(slot.entry);
 }
 
 StringHashMap* StringHashMap::createNewObject(int capacity) noexcept {
@@ -57,54 +50,70 @@ StringHashMap* StringHashMap::createNewObject(int capacity) noexcept {
 }
 
 bool StringHashMap::hashInsertSb(const StringBuffer& key, NonRefCountedObj* value) noexcept {
-    return value && insert(key.view(), value, {});
+    return insertOwned(key.view(), value);
+}
+
+bool StringHashMap::insertOwned(const Key& key, NonRefCountedObj* value) noexcept {
+    return value && insert(key, {.object = value}) == Insertion::Done;
 }
 
 bool StringHashMap::hashInsertString(const char* key, const char* value) noexcept {
-    return insert(viewOf(key), nullptr, viewOf(value));
+    return insertText(viewOf(key), viewOf(value));
 }
 
-bool StringHashMap::insert(std::string_view key, NonRefCountedObj* object,
-                           std::string_view text) noexcept {
+bool StringHashMap::insertText(const Key& key, std::string_view value) noexcept {
+    return insert(key, {.text = value}) == Insertion::Done;
+}
+
+bool StringHashMap::insertSharedIfAbsent(const Key& key, NonRefCountedObj& value) noexcept {
+    return insert(key, {.object = &value, .owner = Owner::Other}) != Insertion::NoMemory;
+}
+
+StringHashMap::Insertion StringHashMap::insert(const Key& key, const Value& value) noexcept {
     try {
-        const std::uint64_t hash = keyedHash(key);
-        if (m_slots[slotOf(key, hash)].entry)
-            return false;
-        if (m_used >= usableSlots(m_slots.size()))
+        std::size_t slot = slotOf(key);
+        if (m_slots[slot].entry)
+            return Insertion::Present;
+        if (m_used >= usableSlots(m_slots.size())) {
             grow();
-        Entry* entry = makeEntry(key, object, text);
-        m_slots[slotOf(key, hash)] = {hash, entry};
+            slot = slotOf(key);
+        }
+        m_slots[slot] = {key.hash, makeEntry(key.text, value)};
         ++m_used;
-        return true;
+        return Insertion::Done;
     } catch (const std::bad_alloc&) {
-        return false;
+        return Insertion::NoMemory;
     }
 }
 
-StringHashMap::Entry* StringHashMap::makeEntry(std::string_view key, NonRefCountedObj* object,
-                                               std::string_view text) {
-    constexpr std::size_t kMax = std::numeric_limits<unsigned int>::max();
+StringHashMap::Entry* StringHashMap::makeEntry(std::string_view key, const Value& value) {
+    constexpr std::uint32_t kMax = std::numeric_limits<std::int32_t>::max();
+    const std::string_view text = value.text;
     if (key.size() > kMax || text.size() > kMax)
         throw std::bad_alloc();
     void* block = m_arena.allocate(sizeof(Entry) + key.size() + text.size());
-    auto* entry = new (block) Entry{object, static_cast<unsigned int>(key.size()),
-                                    static_cast<unsigned int>(text.size())};
+    auto* entry = new (block)
+        Entry{value.object, static_cast<std::uint32_t>(key.size()),
+              static_cast<std::uint32_t>(text.size()) & kMax, value.owner == Owner::Map};
     char* tail = reinterpret_cast<char*>(entry + 1);
     std::copy_n(key.data(), key.size(), tail);
     std::copy_n(text.data(), text.size(), tail + key.size());
     return entry;
 }
 
-std::size_t StringHashMap::slotOf(std::string_view key, std::uint64_t hash) const noexcept {
-    const std::size_t mask = m_slots.size() - 1;
-    std::size_t at = hash & mask;
-    while (m_slots[at].entry && (m_slots[at].hash != hash || m_slots[at].entry->key() != key))
-        at = (at + 1) & mask;
-    return at;
+void StringHashMap::destroyEntry(Entry* entry) noexcept {
+    if (entry->ownsObject)
+        ZorvenObject::deleteObject(entry->object);
+    m_arena.release(entry, entry->bytes());
 }
 
-const StringHashMap::Entry* StringHashMap::find(std::string_view key) const noexcept {
-    return m_slots[slotOf(key, keyedHash(key))].entry;
+std::size_t StringHashMap::slotOf(const Key& key) const noexcept {
+    const std::size_t mask = m_slots.size() - 1;
+    std::size_t at = key.hash & mask;
+    while (m_slots[at].entry
+           && (m_slots[at].hash != key.hash || m_slots[at].entry->key() != key.text))
+        at = (at + 1) & mask;
+    return at;
 }
 
 void StringHashMap::grow() {
@@ -122,7 +131,11 @@ void StringHashMap::grow() {
 }
 
 NonRefCountedObj* StringHashMap::hashLookupSb(const StringBuffer& key) const noexcept {
-    const Entry* entry = find(key.view());
+    return lookup(key.view());
+}
+
+NonRefCountedObj* StringHashMap::lookup(const Key& key) const noexcept {
+    const Entry* entry = find(key);
     return entry ? entry->object : nullptr;
 }
 
@@ -134,21 +147,32 @@ bool StringHashMap::hashLookupString(const char* key, StringBuffer& value) const
     return true;
 }
 
+std::string_view StringHashMap::lookupText(const Key& key) const noexcept {
+    const Entry* entry = find(key);
+    return entry ? entry->text() : std::string_view();
+}
+
 bool StringHashMap::hashContains(const char* key) const noexcept {
-    return find(viewOf(key)) != nullptr;
+    return contains(viewOf(key));
+}
+
+bool StringHashMap::contains(const Key& key) const noexcept {
+    return find(key) != nullptr;
 }
 
 void StringHashMap::hashDelete(const char* key) noexcept {
-    const std::string_view wanted = viewOf(key);
-    const std::size_t at = slotOf(wanted, keyedHash(wanted));
+    remove(viewOf(key));
+}
+
+void StringHashMap::remove(const Key& key) noexcept {
+    const std::size_t at = slotOf(key);
     Entry* entry = m_slots[at].entry;
     if (!entry)
         return;
     m_slots[at].entry = nullptr;
     closeGapAt(at);
     --m_used;
-    ZorvenObject::deleteObject(entry->object);
-    m_arena.release(entry, entry->bytes());
+    destroyEntry(entry);
 }
 
 // Moves later members of the run into the gap, as far as that does not put them in front of the

@@ -41,15 +41,29 @@ public:
     // Whether entries that only help to trace a search are wanted. Who writes them tests it first.
     bool m_verboseLogging = false;
 
+    // False when whatever is written is lost: then nobody need make it up.
+    bool keepsEntries() const noexcept { return m_keepsEntries; }
+
 protected:
-    LogBase() = default;
+    enum class Entries { Kept, Discarded };
+    explicit LogBase(Entries entries = Entries::Kept) noexcept
+        : m_keepsEntries(entries == Entries::Kept) {}
+
+private:
+    const bool m_keepsEntries;
 };
 
 // Opens a named context in a log and closes it when its scope ends.
 class LogContextExitor {
 public:
-    LogContextExitor(LogBase& log, const char* name) : m_log(log) { m_log.EnterContext(name); }
-    ~LogContextExitor() { m_log.LeaveContext(); }
+    LogContextExitor(LogBase& log, const char* name) : m_log(log) {
+        if (m_log.keepsEntries())
+            m_log.EnterContext(name);
+    }
+    ~LogContextExitor() {
+        if (m_log.keepsEntries())
+            m_log.LeaveContext();
+    }
 
     LogContextExitor(const LogContextExitor&) = delete;
     LogContextExitor& operator=(const LogContextExitor&) = delete;

@@ -5,7 +5,7 @@
 // A log that discards everything.
 class LogNull final : public LogBase {
 public:
-    LogNull() = default;
+    LogNull() noexcept : LogBase(Entries::Discarded) {}
 
     void LogError(const char*) override {}
     void LogInfo(const char*) override {}

@@ -34,6 +34,7 @@ bool RootIndex::addLocked(X509Certificate& cert) {
     m_roots.push_back(std::move(root));
     sameName.push_back(m_roots.back().get());
     sameKey.push_back(m_roots.back().get());
+    m_size.store(m_roots.size(), std::memory_order_release);
     return true;
 }
 
@@ -55,6 +56,8 @@ void RootIndex::addAll(const RootIndex& other) {
 }
 
 bool RootIndex::findBySubject(std::string_view subjectDn, const Wish& wish, DataBuffer& der) const {
+    if (size() == 0)
+        return false;
     const std::shared_lock lock(m_mutex);
     const auto found = m_bySubject.find(subjectDn);
     if (found == m_bySubject.end())
@@ -77,6 +80,8 @@ bool RootIndex::findBySubject(std::string_view subjectDn, const Wish& wish, Data
 }
 
 bool RootIndex::findBySubjectKeyId(std::string_view subjectKeyId, DataBuffer& der) const {
+    if (size() == 0)
+        return false;
     const std::shared_lock lock(m_mutex);
     const auto found = m_bySubjectKeyId.find(subjectKeyId);
     if (found == m_bySubjectKeyId.end() || found->second.empty())
@@ -86,16 +91,12 @@ bool RootIndex::findBySubjectKeyId(std::string_view subjectKeyId, DataBuffer& de
     return true;
 }
 
-std::size_t RootIndex::size() const {
-    const std::shared_lock lock(m_mutex);
-    return m_roots.size();
-}
-
 void RootIndex::removeAll() {
     const std::unique_lock lock(m_mutex);
     m_bySubject.clear();
     m_bySubjectKeyId.clear();
     m_roots.clear();
+    m_size.store(0, std::memory_order_release);
 }
 
 }  // namespace certstore

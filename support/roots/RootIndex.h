@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <map>
 #include <memory>
 #include <shared_mutex>
@@ -42,7 +43,8 @@ public:
     // The same by subject key identifier.
     [[nodiscard]] bool findBySubjectKeyId(std::string_view subjectKeyId, DataBuffer& der) const;
 
-    std::size_t size() const;
+    // Takes no lock.
+    std::size_t size() const noexcept { return m_size.load(std::memory_order_acquire); }
     void removeAll();
 
 private:
@@ -60,6 +62,9 @@ private:
 
     mutable std::shared_mutex m_mutex;
     std::vector<std::unique_ptr<const Root>> m_roots;
+    // Tells a search that there is nothing before it locks: most processes have only one of the two
+    // sets, or none.
+    std::atomic<std::size_t> m_size{0};
     Index m_bySubject, m_bySubjectKeyId;
 };
 

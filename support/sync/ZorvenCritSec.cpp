@@ -1,30 +1,18 @@
 #include "support/sync/ZorvenCritSec.h"
 
-#ifdef CERTSTORE_CHECKED
 #include <cstdlib>
-#endif
 
-void ZorvenCritSec::enterCriticalSection() noexcept {
-    const std::thread::id self = std::this_thread::get_id();
-    if (m_owner.load(std::memory_order_relaxed) == self) {
-        ++m_depth;
-        return;
-    }
-    m_mutex.lock();
-    m_owner.store(self, std::memory_order_relaxed);
-    m_depth = 1;
+void ZorvenCritSec::waitForLock() noexcept {
+    // Taken as awaited, as others may sleep too: the worst is that one is woken in vain.
+    while (m_state.exchange(State::Awaited, std::memory_order_acquire) != State::Free)
+        m_state.wait(State::Awaited, std::memory_order_relaxed);
 }
 
-void ZorvenCritSec::leaveCriticalSection() noexcept {
-    if (--m_depth != 0)
-        return;
-    m_owner.store(std::thread::id(), std::memory_order_relaxed);
-    m_mutex.unlock();
+void ZorvenCritSec::wakeOne() noexcept {
+    m_state.notify_one();
 }
 
-void ZorvenCritSec::assertHeld() const noexcept {
-#ifdef CERTSTORE_CHECKED
-    if (m_owner.load(std::memory_order_relaxed) != std::this_thread::get_id())
+void ZorvenCritSec::abortUnlessHeld() const noexcept {
+    if (m_owner.load(std::memory_order_relaxed) != &certstore::t_threadMark)
         std::abort();
-#endif
 }

@@ -1,11 +1,19 @@
 #pragma once
 
 #include <atomic>
-#include <mutex>
-#include <thread>
+
+namespace certstore {
+
+// Its address is an id of the thread that asks.
+inline thread_local constinit char t_threadMark = 0;
+
+}  // namespace certstore
 
 // A lock that the thread holding it may take again; whoever derives from it is its own lock.
 // Taken through a CritSecExitor.
+//
+// A lookup takes two of these and is short, so both ways are inline: one atomic exchange each while
+// nobody else wants the lock. Who must wait sleeps at once, which leaves the holder its pace.
 class ZorvenCritSec {
 public:
     ZorvenCritSec() noexcept = default;
@@ -18,14 +26,46 @@ public:
     void leaveCriticalSection() noexcept;
 
     // In a checked build, stops the program when the calling thread does not hold this lock.
-    void assertHeld() const noexcept;
+    void assertHeld() const noexcept {
+#ifdef CERTSTORE_CHECKED
+        abortUnlessHeld();
+#endif
+    }
 
 private:
-    std::mutex m_mutex;
-    // Only the holder ever finds its own id here, so a relaxed read decides re-entry.
-    std::atomic<std::thread::id> m_owner{};
+    enum class State : int { Free, Held, Awaited };
+
+    void waitForLock() noexcept;
+    void wakeOne() noexcept;
+    void abortUnlessHeld() const noexcept;
+
+    std::atomic<State> m_state{State::Free};
     unsigned int m_depth = 0;
+    // Only the holder ever finds its own mark here, so a relaxed read decides re-entry.
+    std::atomic<const char*> m_owner{nullptr};
 };
+
+inline void ZorvenCritSec::enterCriticalSection() noexcept {
+    const char* const self = &certstore::t_threadMark;
+    if (m_owner.load(std::memory_order_relaxed) == self) {
+        ++m_depth;
+        return;
+    }
+    State free = State::Free;
+    if (!m_state.compare_exchange_strong(free, State::Held, std::memory_order_acquire,
+                                         std::memory_order_relaxed))
+        waitForLock();
+    m_owner.store(self, std::memory_order_relaxed);
+    m_depth = 1;
+}
+
+inline void ZorvenCritSec::leaveCriticalSection() noexcept {
+    if (--m_depth != 0)
+        return;
+    m_owner.store(nullptr, std::memory_order_relaxed);
+    if (m_state.exchange(State::Free, std::memory_order_release) == State::Awaited)
+        wakeOne();
+}
 
 // Holds a ZorvenCritSec from construction to the end of the scope.
 class CritSecExitor {

@@ -2,8 +2,10 @@
 
 #include <map>
 #include <random>
+#include <set>
 #include <string>
 #include <thread>
+#include <vector>
 
 #include "support/containers/ExtPtrArray.h"
 #include "support/containers/StringHashMap.h"
@@ -101,6 +103,46 @@ TEST(StringHashMap, TextsAreCopiedAndMayBeEmpty) {
     EXPECT_STREQ(found.getString(), "empty key");
     EXPECT_FALSE(map.hashLookupString("absent", found));
     EXPECT_STREQ(found.getString(), "empty key");
+}
+
+TEST(StringHashMap, LeadsToWhatAnotherMapOwns) {
+    {
+        StringHashMap owner(8), index(8);
+        auto *first = new Counted(1), *second = new Counted(2);
+        ASSERT_TRUE(owner.insertOwned({"key 1"}, first));
+        ASSERT_TRUE(owner.insertOwned({"key 2"}, second));
+        for (int i = 0; i < 1000; ++i)
+            ASSERT_TRUE(index.insertSharedIfAbsent({std::to_string(i)}, i % 2 ? *first : *second));
+        EXPECT_TRUE(index.insertSharedIfAbsent({"7"}, *second));
+        EXPECT_EQ(index.lookup({"7"}), first) << "a key that is there keeps its value";
+        StringBuffer text;
+        EXPECT_FALSE(index.hashLookupString("7", text)) << "an object is no text";
+        EXPECT_TRUE(index.lookupText({"7"}).empty());
+        index.remove({"7"});
+        EXPECT_FALSE(index.contains({"7"}));
+        EXPECT_EQ(Counted::s_alive, 2) << "what another owns outlives an entry that leads there";
+    }
+    EXPECT_EQ(Counted::s_alive, 0);
+}
+
+// The bytes of a text are taken in by eights, pairs of eights and blocks of 256: none of them may
+// be left out, and none beside them read.
+TEST(KeyedHash, DependsOnEveryByteAndTheLength) {
+    std::set<std::uint64_t> met;
+    std::size_t texts = 0;
+    for (std::size_t size = 0; size < 600; size += size < 40 ? 1 : 13) {
+        std::vector<char> text(size);
+        met.insert(certstore::keyedHash({text.data(), size}));
+        for (char& byte : text) {
+            byte = 1;
+            met.insert(certstore::keyedHash({text.data(), size}));
+            byte = 0;
+        }
+        texts += size + 1;
+        const std::string copy = "x" + std::string(text.data(), size);
+        ASSERT_TRUE(met.contains(certstore::keyedHash(std::string_view(copy).substr(1))));
+    }
+    EXPECT_EQ(met.size(), texts);
 }
 
 // Random inserts and deletes beside std::map, over few keys, so that runs of collisions form and
