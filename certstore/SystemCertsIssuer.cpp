@@ -1,22 +1,4 @@
 #include "certstore/SystemCerts.h"
-#include "support/encoding/Hex.h"
-
-namespace {
-
-// Empty when there is none. What getAuthorityKeyIdentifier gives, but without its buffer for the
-// bytes, which costs more than the search.
-void readAuthorityKeyId(const X509Certificate& cert, XString& text, LogBase& log) {
-    const certstore::ByteView bytes = cert.getX509Ptr()->authorityKeyId();
-    certstore::appendHex(text.getUtf8Sb_rw(), bytes);
-    if (!log.m_verboseLogging || bytes.empty())
-        return;
-    DataBuffer shown;
-    shown.append(bytes);
-    log.LogDataHexDb("dbAuthKeyId", shown);
-    log.LogDataBase64("dbAuthKeyId_base64", shown.getData2(), shown.getSize());
-}
-
-}  // namespace
 
 X509Certificate* SystemCerts::sysCertsFindIssuer(X509Certificate& cert, bool, LogBase& log) {
     CritSecExitor lock(*this);
@@ -30,9 +12,14 @@ X509Certificate* SystemCerts::sysCertsFindIssuer(X509Certificate& cert, bool, Lo
         return nullptr;
     }
 
+    DataBuffer authorityKeyId;
     XString authorityKeyIdText;
-    readAuthorityKeyId(cert, authorityKeyIdText, log);
-    if (!authorityKeyIdText.isEmpty()) {
+    if (cert.getAuthorityKeyIdentifier(authorityKeyId, &authorityKeyIdText, log)) {
+        if (log.m_verboseLogging) {
+            log.LogDataHexDb("dbAuthKeyId", authorityKeyId);
+            log.LogDataBase64("dbAuthKeyId_base64", authorityKeyId.getData2(),
+                              authorityKeyId.getSize());
+        }
         if (X509Certificate* issuer = findBySubjectKeyId(authorityKeyIdText.getUtf8(), log)) {
             note("Found issuer using the authority key identifier.");
             return issuer;

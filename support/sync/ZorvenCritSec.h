@@ -4,8 +4,9 @@
 
 namespace certstore {
 
-// Its address is an id of the thread that asks.
-inline thread_local constinit char t_threadMark = 0;
+// Its address is an id of the thread that asks. One for the whole process, whatever visibility its
+// shared objects are built with: a lock entered in one may be entered again in another.
+[[gnu::visibility("default")]] inline thread_local constinit char t_threadMark = 0;
 
 }  // namespace certstore
 
