@@ -1,7 +1,5 @@
 #include "support/asn1/DerReader.h"
 
-#include "support/asn1/Oid.h"
-
 namespace certstore {
 
 namespace {
@@ -20,19 +18,6 @@ bool DerReader::readLongLength(std::size_t& headerSize, std::size_t& size) const
         size = size << 8 | m_rest[2 + i];
     headerSize = 2 + octets;
     return size >= 0x80 && m_rest[2] != 0;
-}
-
-bool DerReader::readSequence(DerReader& inner) noexcept {
-    return read(DerTag::Sequence, inner.m_rest);
-}
-
-bool DerReader::readSequence(DerReader& inner, ByteView& whole) noexcept {
-    unsigned char tag;
-    return nextIs(DerTag::Sequence) && readAny(tag, inner.m_rest, whole);
-}
-
-bool DerReader::readSet(DerReader& inner) noexcept {
-    return read(DerTag::Set, inner.m_rest);
 }
 
 bool DerReader::readContext(unsigned char number, DerReader& inner) noexcept {
@@ -80,16 +65,6 @@ bool DerReader::readBoolean(bool& value) noexcept {
     if (octets[0] != 0x00 && octets[0] != 0xff)
         return false;
     value = octets[0] != 0;
-    *this = ahead;
-    return true;
-}
-
-bool DerReader::readOid(ByteView& content) noexcept {
-    DerReader ahead = *this;
-    ByteView octets;
-    if (!ahead.read(DerTag::Oid, octets) || !isWellFormedOid(octets))
-        return false;
-    content = octets;
     *this = ahead;
     return true;
 }

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 
+#include "support/asn1/Oid.h"
 #include "support/base/ByteView.h"
 
 namespace certstore {
@@ -116,6 +117,29 @@ inline bool DerReader::read(unsigned char tag, ByteView& content) noexcept {
         return false;
     content = m_rest.subspan(headerSize, size);
     m_rest = m_rest.subspan(headerSize + size);
+    return true;
+}
+
+inline bool DerReader::readSequence(DerReader& inner) noexcept {
+    return read(DerTag::Sequence, inner.m_rest);
+}
+
+inline bool DerReader::readSequence(DerReader& inner, ByteView& whole) noexcept {
+    unsigned char tag;
+    return nextIs(DerTag::Sequence) && readAny(tag, inner.m_rest, whole);
+}
+
+inline bool DerReader::readSet(DerReader& inner) noexcept {
+    return read(DerTag::Set, inner.m_rest);
+}
+
+inline bool DerReader::readOid(ByteView& content) noexcept {
+    DerReader ahead = *this;
+    ByteView octets;
+    if (!ahead.read(DerTag::Oid, octets) || !isWellFormedOid(octets))
+        return false;
+    content = octets;
+    *this = ahead;
     return true;
 }
 

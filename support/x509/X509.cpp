@@ -27,7 +27,8 @@ X509::X509(ByteView der, const X509Fields& fields, std::string_view subjectText,
     std::uint32_t end = m_derSize;
     const auto store = [this, &end](std::string_view text) {
         const Slice slice{end, static_cast<std::uint32_t>(text.size())};
-        std::copy(text.begin(), text.end(), m_block.get() + end);
+        if (!text.empty())
+            std::memcpy(m_block.get() + end, text.data(), text.size());
         end += slice.size;
         m_block[end++] = '\0';
         return slice;
