@@ -9,15 +9,15 @@ constexpr std::size_t kMaxLengthOctets = 4;
 
 }  // namespace
 
-bool DerReader::readLongLength(std::size_t& headerSize, std::size_t& size) const noexcept {
-    const std::size_t octets = m_rest[1] & 0x7f;
-    if (octets == 0 || octets > kMaxLengthOctets || m_rest.size() < 2 + octets)
-        return false;
-    size = 0;
+DerReader::Sizes DerReader::sizesWithLongLength(ByteView rest) noexcept {
+    const std::size_t octets = rest[1] & 0x7f;
+    if (octets == 0 || octets > kMaxLengthOctets || rest.size() < 2 + octets)
+        return {};
+    std::size_t size = 0;
     for (std::size_t i = 0; i < octets; ++i)
-        size = size << 8 | m_rest[2 + i];
-    headerSize = 2 + octets;
-    return size >= 0x80 && m_rest[2] != 0;
+        size = size << 8 | rest[2 + i];
+    const bool minimal = size >= 0x80 && rest[2] != 0;
+    return minimal ? Sizes{2 + octets, size} : Sizes{};
 }
 
 bool DerReader::readContext(unsigned char number, DerReader& inner) noexcept {

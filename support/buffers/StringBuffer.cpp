@@ -48,6 +48,7 @@ void StringBuffer::growBy(std::size_t more) {
     releaseStorage();
     m_data = grown;
     m_capacity = static_cast<unsigned int>(capacity);
+    m_isOnHeap = true;
 }
 
 void StringBuffer::splice(unsigned int position, unsigned int removed, std::string_view text) {
@@ -84,12 +85,8 @@ void StringBuffer::clear() noexcept {
     releaseStorage();
     m_data = m_inline;
     m_capacity = kInlineSize;
+    m_isOnHeap = false;
     weakClear();
-}
-
-void StringBuffer::weakClear() noexcept {
-    m_size = 0;
-    m_data[0] = '\0';
 }
 
 void StringBuffer::toUpperCase() noexcept {

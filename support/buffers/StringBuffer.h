@@ -30,7 +30,10 @@ public:
     // Empties the text and gives its storage up.
     void clear() noexcept;
     // Empties the text and keeps its storage for the next one.
-    void weakClear() noexcept;
+    void weakClear() noexcept {
+        m_size = 0;
+        m_data[0] = '\0';
+    }
 
     // ASCII letters only; every other byte stays.
     void toUpperCase() noexcept;
@@ -51,22 +54,32 @@ public:
     const char* getString() const noexcept { return m_data; }
     std::string_view view() const noexcept { return {m_data, m_size}; }
 
+protected:
+    // Makes an empty text start in `room`, which a derived object has for the long texts that it
+    // mostly holds. Nothing wipes or frees it.
+    void useRoom(char* room, unsigned int size) noexcept {
+        m_data = room;
+        m_capacity = size;
+        weakClear();
+    }
+
 private:
     // Makes room for `more` bytes behind the text, with some to spare for the next ones.
     void growBy(std::size_t more);
     // Replaces `removed` bytes at `position` by `text`.
     void splice(unsigned int position, unsigned int removed, std::string_view text);
     void releaseStorage() noexcept {
-        if (m_data != m_inline)
+        if (m_isOnHeap)
             delete[] m_data;
     }
 
     // Holds a serial number with the CN of most issuers, so most keys need no second allocation.
-    static constexpr unsigned int kInlineSize = 64;
+    static constexpr unsigned int kInlineSize = 63;
 
     char* m_data;
     unsigned int m_size = 0;
     unsigned int m_capacity = kInlineSize;  // the terminator included
+    bool m_isOnHeap = false;
     char m_inline[kInlineSize];
 };
 

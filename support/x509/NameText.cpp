@@ -55,12 +55,11 @@ class AttributeList {
 public:
     explicit AttributeList(ByteView name) {
         NameWalker walker(name);
+        while (m_size < m_few.size() && walker.next(m_few[m_size]))
+            ++m_size;
         NamePlace place;
-        while (walker.next(place)) {
-            if (m_size < m_few.size())
-                m_few[m_size] = place;
-            else
-                m_more.push_back(place);
+        while (m_size >= m_few.size() && walker.next(place)) {
+            m_more.push_back(place);
             ++m_size;
         }
     }
