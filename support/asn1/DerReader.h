@@ -144,7 +144,7 @@ inline bool DerReader::readSet(DerReader& inner) noexcept {
 
 inline bool DerReader::readOid(ByteView& content) noexcept {
     const Sizes sizes = nextSizes();
-    if (sizes.header == 0 || !nextIs(DerTag::Oid) || !isWellFormedOid(contentOf(sizes)))
+    if (!nextIs(DerTag::Oid) || !isWellFormedOid(contentOf(sizes)))
         return false;
     content = contentOf(sizes);
     pass(sizes);

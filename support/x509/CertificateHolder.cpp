@@ -51,7 +51,8 @@ CertificateHolder* CertificateHolder::createFromDer(const unsigned char* der, un
     holder->setCert(X509Certificate::create({.der = bytes,
                                              .fields = fields,
                                              .subjectText = textOf(subject),
-                                             .issuerText = textOf(repeated ? subject : issuer)}));
+                                             .issuerText = textOf(repeated ? subject : issuer),
+                                             .selfIssued = repeated || subject.equalsX(issuer)}));
     return holder.release();
 }
 

@@ -12,10 +12,12 @@ namespace certstore {
 
 namespace {
 
-// One AttributeTypeAndValue, and whether an RDN begins with it.
+// The content of one AttributeTypeAndValue, and whether an RDN begins with it. Without values of
+// its own: setting a list of them to zero costs a parse several percent.
 struct NamePlace {
-    ByteView content;
-    bool startsRdn = false;
+    const unsigned char* data;
+    std::size_t size;
+    bool startsRdn;
 };
 
 struct NameAttribute {
@@ -31,9 +33,12 @@ public:
     explicit NameWalker(ByteView name) noexcept : m_rdns(name) {}
 
     bool next(NamePlace& place) noexcept {
-        place.startsRdn = m_rdn.atEnd();
-        return (!place.startsRdn || m_rdns.readSet(m_rdn))
-            && m_rdn.read(DerTag::Sequence, place.content);
+        ByteView content;
+        const bool startsRdn = m_rdn.atEnd();
+        if ((startsRdn && !m_rdns.readSet(m_rdn)) || !m_rdn.read(DerTag::Sequence, content))
+            return false;
+        place = {content.data(), content.size(), startsRdn};
+        return true;
     }
 
 private:
@@ -42,7 +47,7 @@ private:
 
 NameAttribute attributeAt(const NamePlace& place) noexcept {
     NameAttribute attribute;
-    DerReader inner(place.content);
+    DerReader inner(ByteView(place.data, place.size));
     // Neither fails, nor is the type's form looked at: the parser has done so.
     (void)(inner.read(DerTag::Oid, attribute.type)
            && inner.readAny(attribute.valueTag, attribute.value, attribute.wholeValue));

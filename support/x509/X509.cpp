@@ -16,7 +16,7 @@ unsigned char* putText(unsigned char* place, std::string_view text) noexcept {
 }  // namespace
 
 std::size_t X509Parts::size() const noexcept {
-    return der.size() + subjectText.size() + 1 + (isSelfIssued() ? 0 : issuerText.size() + 1);
+    return der.size() + subjectText.size() + 1 + (selfIssued ? 0 : issuerText.size() + 1);
 }
 
 X509::X509(const X509Parts& parts, unsigned char* room) noexcept
@@ -37,7 +37,7 @@ X509::X509(const X509Parts& parts, unsigned char* room) noexcept
       m_issuerText(m_subjectText),
       m_version(static_cast<std::uint8_t>(parts.fields.version)),
       m_signatureHasUnusedBits(parts.fields.signatureHasUnusedBits),
-      m_selfIssued(parts.isSelfIssued()) {
+      m_selfIssued(parts.selfIssued) {
     unsigned char* end = std::copy_n(parts.der.data(), parts.der.size(), room);
     end = putText(end, parts.subjectText);
     if (m_selfIssued)

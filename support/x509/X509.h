@@ -32,8 +32,8 @@ struct X509Parts {
     ByteView der;
     const X509Fields& fields;
     std::string_view subjectText, issuerText;
+    bool selfIssued;  // the two texts are equal
 
-    bool isSelfIssued() const noexcept { return subjectText == issuerText; }
     // How many bytes an X509 keeps of it.
     std::size_t size() const noexcept;
 };
