@@ -37,8 +37,6 @@ bool DerReader::readContext(unsigned char number, DerReader& inner) noexcept {
     return read(contextTag(number, true), inner.m_rest);
 }
 
-// No value at all has no octets, which is none of these types but NULL.
-
 bool DerReader::readInteger(ByteView& content) noexcept {
     const Sizes sizes = nextSizes();
     const ByteView octets = contentOf(sizes);

@@ -93,6 +93,7 @@ private:
     // The same for the long form of a length, which must be minimal.
     static Sizes sizesWithLongLength(ByteView rest) noexcept;
 
+    // Empty where there is no value, which only a NULL may be.
     ByteView contentOf(Sizes sizes) const noexcept {
         return m_rest.subspan(sizes.header, sizes.content);
     }
