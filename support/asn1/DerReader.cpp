@@ -1,7 +1,5 @@
 #include "support/asn1/DerReader.h"
 
-#include "support/asn1/Oid.h"
-
 namespace certstore {
 
 namespace {
@@ -9,30 +7,30 @@ namespace {
 // Four length octets address 4 GiB; inputs are smaller.
 constexpr std::size_t kMaxLengthOctets = 4;
 
+bool isInteger(ByteView octets) noexcept {
+    if (octets.size() < 2)
+        return !octets.empty();
+    return octets[1] < 0x80 ? octets[0] != 0x00 : octets[0] != 0xff;
+}
+
+bool isBitString(ByteView octets) noexcept {
+    if (octets.empty() || octets[0] > 7)
+        return false;
+    const unsigned int unused = octets[0];
+    return unused == 0 || (octets.size() > 1 && (octets.back() & ((1U << unused) - 1)) == 0);
+}
+
 }  // namespace
 
-bool DerReader::readLongLength(std::size_t& headerSize, std::size_t& size) const noexcept {
-    const std::size_t octets = m_rest[1] & 0x7f;
-    if (octets == 0 || octets > kMaxLengthOctets || m_rest.size() < 2 + octets)
-        return false;
-    size = 0;
+DerReader::Sizes DerReader::sizesWithLongLength(ByteView rest) noexcept {
+    const std::size_t octets = rest[1] & 0x7f;
+    if (octets == 0 || octets > kMaxLengthOctets || rest.size() < 2 + octets)
+        return {};
+    std::size_t size = 0;
     for (std::size_t i = 0; i < octets; ++i)
-        size = size << 8 | m_rest[2 + i];
-    headerSize = 2 + octets;
-    return size >= 0x80 && m_rest[2] != 0;
-}
-
-bool DerReader::readSequence(DerReader& inner) noexcept {
-    return read(DerTag::Sequence, inner.m_rest);
-}
-
-bool DerReader::readSequence(DerReader& inner, ByteView& whole) noexcept {
-    unsigned char tag;
-    return nextIs(DerTag::Sequence) && readAny(tag, inner.m_rest, whole);
-}
-
-bool DerReader::readSet(DerReader& inner) noexcept {
-    return read(DerTag::Set, inner.m_rest);
+        size = size << 8 | rest[2 + i];
+    const bool minimal = size >= 0x80 && rest[2] != 0;
+    return minimal ? Sizes{2 + octets, size} : Sizes{};
 }
 
 bool DerReader::readContext(unsigned char number, DerReader& inner) noexcept {
@@ -40,91 +38,73 @@ bool DerReader::readContext(unsigned char number, DerReader& inner) noexcept {
 }
 
 bool DerReader::readInteger(ByteView& content) noexcept {
-    DerReader ahead = *this;
-    ByteView octets;
-    if (!ahead.read(DerTag::Integer, octets) || octets.empty())
-        return false;
-    if (octets.size() > 1
-        && ((octets[0] == 0x00 && octets[1] < 0x80) || (octets[0] == 0xff && octets[1] >= 0x80)))
+    const Sizes sizes = nextSizes();
+    const ByteView octets = contentOf(sizes);
+    if (!nextIs(DerTag::Integer) || !isInteger(octets))
         return false;
     content = octets;
-    *this = ahead;
+    pass(sizes);
     return true;
 }
 
 bool DerReader::readUnsigned(ByteView& magnitude) noexcept {
-    DerReader ahead = *this;
-    ByteView octets;
-    if (!ahead.readInteger(octets) || octets[0] >= 0x80)
+    const Sizes sizes = nextSizes();
+    const ByteView octets = contentOf(sizes);
+    if (!nextIs(DerTag::Integer) || !isInteger(octets) || octets[0] >= 0x80)
         return false;
     magnitude = octets[0] == 0 ? octets.subspan(1) : octets;
-    *this = ahead;
+    pass(sizes);
     return true;
 }
 
 bool DerReader::readSmallInteger(int& value) noexcept {
-    DerReader ahead = *this;
-    ByteView octets;
-    if (!ahead.readInteger(octets) || octets.size() != 1 || octets[0] >= 0x80)
+    const Sizes sizes = nextSizes();
+    const ByteView octets = contentOf(sizes);
+    if (!nextIs(DerTag::Integer) || octets.size() != 1 || octets[0] >= 0x80)
         return false;
     value = octets[0];
-    *this = ahead;
+    pass(sizes);
     return true;
 }
 
 bool DerReader::readBoolean(bool& value) noexcept {
-    DerReader ahead = *this;
-    ByteView octets;
-    if (!ahead.read(DerTag::Boolean, octets) || octets.size() != 1)
+    const Sizes sizes = nextSizes();
+    const ByteView octets = contentOf(sizes);
+    if (!nextIs(DerTag::Boolean) || octets.size() != 1)
         return false;
     if (octets[0] != 0x00 && octets[0] != 0xff)
         return false;
     value = octets[0] != 0;
-    *this = ahead;
-    return true;
-}
-
-bool DerReader::readOid(ByteView& content) noexcept {
-    DerReader ahead = *this;
-    ByteView octets;
-    if (!ahead.read(DerTag::Oid, octets) || !isWellFormedOid(octets))
-        return false;
-    content = octets;
-    *this = ahead;
+    pass(sizes);
     return true;
 }
 
 bool DerReader::readBitString(ByteView& bits, unsigned int& unusedBits) noexcept {
-    DerReader ahead = *this;
-    ByteView octets;
-    if (!ahead.read(DerTag::BitString, octets) || octets.empty() || octets[0] > 7)
-        return false;
-    const unsigned int unused = octets[0];
-    if (unused != 0 && (octets.size() == 1 || (octets.back() & ((1U << unused) - 1)) != 0))
+    const Sizes sizes = nextSizes();
+    const ByteView octets = contentOf(sizes);
+    if (!nextIs(DerTag::BitString) || !isBitString(octets))
         return false;
     bits = octets.subspan(1);
-    unusedBits = unused;
-    *this = ahead;
+    unusedBits = octets[0];
+    pass(sizes);
     return true;
 }
 
 bool DerReader::readBitString(ByteView& bytes) noexcept {
-    DerReader ahead = *this;
-    ByteView octets;
-    unsigned int unusedBits = 0;
-    if (!ahead.readBitString(octets, unusedBits) || unusedBits != 0)
+    const Sizes sizes = nextSizes();
+    const ByteView octets = contentOf(sizes);
+    if (!nextIs(DerTag::BitString) || octets.empty() || octets[0] != 0)
         return false;
-    bytes = octets;
-    *this = ahead;
+    bytes = octets.subspan(1);
+    pass(sizes);
     return true;
 }
 
 bool DerReader::readNull() noexcept {
-    DerReader ahead = *this;
-    ByteView octets;
-    if (!ahead.read(DerTag::Null, octets) || !octets.empty())
+    const Sizes sizes = nextSizes();
+    if (sizes.header == 0 || !nextIs(DerTag::Null) || sizes.content != 0)
         return false;
-    *this = ahead;
+    pass(sizes);
     return true;
 }
 

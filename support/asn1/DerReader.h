@@ -2,6 +2,7 @@
 
 #include <cstddef>
 
+#include "support/asn1/Oid.h"
 #include "support/base/ByteView.h"
 
 namespace certstore {
@@ -80,42 +81,74 @@ public:
     [[nodiscard]] bool readNull() noexcept;
 
 private:
-    // Splits tag and length off the rest, in which the content must end.
-    bool splitHeader(std::size_t& headerSize, std::size_t& size) const noexcept;
-    // The long form of a length, which must be minimal.
-    bool readLongLength(std::size_t& headerSize, std::size_t& size) const noexcept;
+    // The sizes of a value's tag with length, 0 when there is no value, and of its content.
+    struct Sizes {
+        std::size_t header = 0, content = 0;
+    };
+
+    // Those of the next value, whose content ends within the rest. They and what hands them on are
+    // values and not out-arguments so that the steps of the inline readers stay in registers:
+    // bytes stored in halves and loaded whole would stall the processor at every value.
+    Sizes nextSizes() const noexcept;
+    // The same for the long form of a length, which must be minimal.
+    static Sizes sizesWithLongLength(ByteView rest) noexcept;
+
+    // Empty where there is no value, which only a NULL may be.
+    ByteView contentOf(Sizes sizes) const noexcept {
+        return m_rest.subspan(sizes.header, sizes.content);
+    }
+    void pass(Sizes sizes) noexcept { m_rest = m_rest.subspan(sizes.header + sizes.content); }
 
     ByteView m_rest;
 };
 
 // Inline, as every value of every certificate comes through here, and most are short.
-inline bool DerReader::splitHeader(std::size_t& headerSize, std::size_t& size) const noexcept {
+inline DerReader::Sizes DerReader::nextSizes() const noexcept {
     if (m_rest.size() < 2 || (m_rest[0] & 0x1f) == 0x1f || m_rest[0] == 0)
-        return false;
-    headerSize = 2;
-    size = m_rest[1];
-    if (size >= 0x80 && !readLongLength(headerSize, size))
-        return false;
-    return size <= m_rest.size() - headerSize;
+        return {};
+    const Sizes sizes = m_rest[1] < 0x80 ? Sizes{2, m_rest[1]} : sizesWithLongLength(m_rest);
+    return sizes.content <= m_rest.size() - sizes.header ? sizes : Sizes{};
 }
 
 inline bool DerReader::readAny(unsigned char& tag, ByteView& content, ByteView& whole) noexcept {
-    std::size_t headerSize = 0, size = 0;
-    if (!splitHeader(headerSize, size))
+    const Sizes sizes = nextSizes();
+    if (sizes.header == 0)
         return false;
     tag = m_rest[0];
-    whole = m_rest.first(headerSize + size);
-    content = m_rest.subspan(headerSize, size);
-    m_rest = m_rest.subspan(headerSize + size);
+    whole = m_rest.first(sizes.header + sizes.content);
+    content = contentOf(sizes);
+    pass(sizes);
     return true;
 }
 
 inline bool DerReader::read(unsigned char tag, ByteView& content) noexcept {
-    std::size_t headerSize = 0, size = 0;
-    if (peekTag() != tag || !splitHeader(headerSize, size))
+    const Sizes sizes = nextSizes();
+    if (sizes.header == 0 || m_rest[0] != tag)
         return false;
-    content = m_rest.subspan(headerSize, size);
-    m_rest = m_rest.subspan(headerSize + size);
+    content = contentOf(sizes);
+    pass(sizes);
+    return true;
+}
+
+inline bool DerReader::readSequence(DerReader& inner) noexcept {
+    return read(DerTag::Sequence, inner.m_rest);
+}
+
+inline bool DerReader::readSequence(DerReader& inner, ByteView& whole) noexcept {
+    unsigned char tag;
+    return nextIs(DerTag::Sequence) && readAny(tag, inner.m_rest, whole);
+}
+
+inline bool DerReader::readSet(DerReader& inner) noexcept {
+    return read(DerTag::Set, inner.m_rest);
+}
+
+inline bool DerReader::readOid(ByteView& content) noexcept {
+    const Sizes sizes = nextSizes();
+    if (!nextIs(DerTag::Oid) || !isWellFormedOid(contentOf(sizes)))
+        return false;
+    content = contentOf(sizes);
+    pass(sizes);
     return true;
 }
 

@@ -43,11 +43,11 @@ void appendArc(StringBuffer& out, ByteView arc, bool first) {
 bool isWellFormedOid(ByteView content) noexcept {
     if (content.empty() || content.back() >= 0x80)
         return false;
-    bool starts = true;
+    unsigned char before = 0;
     for (const unsigned char octet : content) {
-        if (starts && octet == 0x80)
+        if (octet == 0x80 && before < 0x80)
             return false;
-        starts = octet < 0x80;
+        before = octet;
     }
     return true;
 }

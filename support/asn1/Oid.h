@@ -43,8 +43,10 @@ struct OidBytes {
 
     constexpr ByteView view() const noexcept { return ByteView(bytes.data(), size); }
 
+    // The last octet first: there the OIDs of a family differ.
     friend bool operator==(const OidBytes& oid, ByteView content) noexcept {
-        return equalBytes(oid.view(), content);
+        return oid.size == content.size() && oid.bytes[oid.size - 1] == content.back()
+            && equalBytes(oid.view(), content);
     }
 
 private:

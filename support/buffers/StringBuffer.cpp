@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstring>
 #include <limits>
-#include <memory>
 #include <new>
 
 #include "support/buffers/AsciiCase.h"
@@ -26,19 +25,6 @@ bool isWhite(char c) noexcept {
 
 }  // namespace
 
-StringBuffer::StringBuffer() noexcept : m_data(m_inline) {
-    m_inline[0] = '\0';
-}
-
-StringBuffer::~StringBuffer() {
-    releaseStorage();
-}
-
-void StringBuffer::releaseStorage() noexcept {
-    if (m_data != m_inline)
-        delete[] m_data;
-}
-
 StringBuffer* StringBuffer::createNewSB(const char* text) noexcept {
     try {
         ZorvenOwner<StringBuffer> made(new StringBuffer);
@@ -49,38 +35,34 @@ StringBuffer* StringBuffer::createNewSB(const char* text) noexcept {
     }
 }
 
-void StringBuffer::splice(unsigned int position, unsigned int removed, std::string_view text) {
-    const std::size_t kept = m_size - removed;
-    if (text.size() > kMaxCapacity - 1 - kept)
+void StringBuffer::growBy(std::size_t more) {
+    if (more > kMaxCapacity - 1 - m_size)
         throw std::bad_alloc();
-    const std::size_t size = kept + text.size();
-    const std::size_t tail = m_size - position - removed;
-    const bool within = text.data() >= m_data && text.data() <= m_data + m_size;
-    if (size + 1 > m_capacity || (within && position != m_size)) {
-        const std::size_t capacity =
-            std::min(std::max(size + 1, std::size_t{m_capacity} * 2), kMaxCapacity);
-        std::unique_ptr<char[]> grown(new char[capacity]);
-        std::copy_n(m_data, position, grown.get());
-        std::copy_n(text.data(), text.size(), grown.get() + position);
-        std::copy_n(m_data + position + removed, tail, grown.get() + position + text.size());
-        releaseStorage();
-        m_data = grown.release();
-        m_capacity = static_cast<unsigned int>(capacity);
-    } else {
-        std::memmove(m_data + position + text.size(), m_data + position + removed, tail);
-        std::copy_n(text.data(), text.size(), m_data + position);
-    }
-    m_size = static_cast<unsigned int>(size);
-    m_data[m_size] = '\0';
+    const std::size_t capacity =
+        std::min(std::max(m_size + more + 1, std::size_t{m_capacity} * 2), kMaxCapacity);
+    char* const grown = new char[capacity];
+    std::copy_n(m_data, m_size + 1, grown);
+    releaseStorage();
+    m_data = grown;
+    m_capacity = static_cast<unsigned int>(capacity);
+    m_isOnHeap = true;
 }
 
-void StringBuffer::append(std::string_view text) {
-    if (text.size() >= m_capacity - m_size) {
-        splice(m_size, 0, text);
+void StringBuffer::splice(unsigned int position, unsigned int removed, std::string_view text) {
+    if (text.data() >= m_data && text.data() <= m_data + m_size) {
+        // What moves the text would move or free the very bytes that are to go in.
+        StringBuffer copy;
+        copy.append(text);
+        splice(position, removed, copy.view());
         return;
     }
-    std::copy_n(text.data(), text.size(), m_data + m_size);
-    m_size += static_cast<unsigned int>(text.size());
+    const std::size_t tail = m_size - position - removed;
+    if (text.size() > removed)
+        extend(text.size() - removed);
+    char* const place = m_data + position;
+    std::memmove(place + text.size(), place + removed, tail);
+    std::copy_n(text.data(), text.size(), place);
+    m_size = static_cast<unsigned int>(position + text.size() + tail);
     m_data[m_size] = '\0';
 }
 
@@ -92,10 +74,6 @@ void StringBuffer::append(const StringBuffer& other) {
     append(other.view());
 }
 
-void StringBuffer::appendChar(char c) {
-    append(std::string_view(&c, 1));
-}
-
 void StringBuffer::prepend(const char* text) {
     splice(0, 0, viewOf(text));
 }
@@ -104,12 +82,8 @@ void StringBuffer::clear() noexcept {
     releaseStorage();
     m_data = m_inline;
     m_capacity = kInlineSize;
+    m_isOnHeap = false;
     weakClear();
-}
-
-void StringBuffer::weakClear() noexcept {
-    m_size = 0;
-    m_data[0] = '\0';
 }
 
 void StringBuffer::toUpperCase() noexcept {

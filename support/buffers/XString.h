@@ -36,5 +36,14 @@ public:
     }
 
 private:
-    StringBuffer m_utf8;
+    class RoomyText : public StringBuffer {
+    public:
+        RoomyText() noexcept { useRoom(m_room, sizeof m_room); }
+
+    private:
+        // These texts live on the stack and are mostly DNs, of 50 to 150 bytes.
+        char m_room[256];
+    };
+
+    RoomyText m_utf8;
 };

@@ -43,6 +43,24 @@ bool endsWell(std::uint32_t group, unsigned int rest, unsigned int padding) noex
     }
 }
 
+// The 24 bits of four digits; kNoGroup when one of them is none.
+constexpr std::uint32_t kNoGroup = 1U << 24;
+
+std::uint32_t groupOf(std::string_view four) noexcept {
+    const auto valueAt = [four](std::size_t i) {
+        return std::uint32_t{kValues[static_cast<unsigned char>(four[i])]};
+    };
+    const std::uint32_t a = valueAt(0), b = valueAt(1), c = valueAt(2), d = valueAt(3);
+    return (a | b | c | d) < 64 ? a << 18 | b << 12 | c << 6 | d : kNoGroup;
+}
+
+unsigned char* putGroup(unsigned char* place, std::uint32_t group) noexcept {
+    *place++ = static_cast<unsigned char>(group >> 16);
+    *place++ = static_cast<unsigned char>(group >> 8);
+    *place++ = static_cast<unsigned char>(group);
+    return place;
+}
+
 template <typename AppendGroup>
 void encode(ByteView bytes, AppendGroup appendGroup) {
     for (std::size_t i = 0; i < bytes.size(); i += 3) {
@@ -77,20 +95,25 @@ bool decodeBase64(std::string_view text, DataBuffer& out) {
     std::uint32_t group = 0;
     unsigned int digits = 0, padding = 0;
     bool good = true;
-    for (const char c : text) {
-        const unsigned char value = kValues[static_cast<unsigned char>(c)];
+    for (std::size_t at = 0; at < text.size(); ++at) {
+        // Whole groups but at the ends of lines.
+        while (digits % 4 == 0 && padding == 0 && text.size() - at > 4) {
+            const std::uint32_t whole = groupOf(text.substr(at, 4));
+            if (whole == kNoGroup)
+                break;
+            next = putGroup(next, whole);
+            at += 4;
+        }
+        const unsigned char value = kValues[static_cast<unsigned char>(text[at])];
         if (value == kNoDigit) {
-            padding += c == '=';
-            good = good && (c == '=' || isBlank(c));
+            padding += text[at] == '=';
+            good = good && (text[at] == '=' || isBlank(text[at]));
             continue;
         }
         good = good && padding == 0;
         group = group << 6 | value;
-        if (++digits % 4 != 0)
-            continue;
-        *next++ = static_cast<unsigned char>(group >> 16);
-        *next++ = static_cast<unsigned char>(group >> 8);
-        *next++ = static_cast<unsigned char>(group);
+        if (++digits % 4 == 0)
+            next = putGroup(next, group);
     }
     good = good && endsWell(group, digits % 4, padding);
     if (good && digits % 4 == 2)

@@ -1,16 +1,35 @@
 #include "support/encoding/Hex.h"
 
+#include <cstring>
+
 namespace certstore {
 
-std::array<char, 2> hexDigits(unsigned char byte) noexcept {
+namespace {
+
+using Digits = std::array<char, 2>;
+
+// A table of pairs: key identifiers and serial numbers are written for most searches.
+constexpr std::array<Digits, 256> makePairs() {
     constexpr char kDigits[] = "0123456789ABCDEF";
-    return {kDigits[byte >> 4], kDigits[byte & 15]};
+    std::array<Digits, 256> pairs{};
+    for (std::size_t byte = 0; byte < pairs.size(); ++byte)
+        pairs[byte] = {kDigits[byte >> 4], kDigits[byte & 15]};
+    return pairs;
+}
+
+constexpr std::array<Digits, 256> kPairs = makePairs();
+
+}  // namespace
+
+std::array<char, 2> hexDigits(unsigned char byte) noexcept {
+    return kPairs[byte];
 }
 
 void appendHex(StringBuffer& out, ByteView bytes) {
+    char* place = out.extend(bytes.size() * 2);
     for (const unsigned char byte : bytes) {
-        const auto digits = hexDigits(byte);
-        out.append(std::string_view(digits.data(), digits.size()));
+        std::memcpy(place, kPairs[byte].data(), 2);
+        place += 2;
     }
 }
 

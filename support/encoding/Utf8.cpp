@@ -1,5 +1,8 @@
 #include "support/encoding/Utf8.h"
 
+#include <cstdint>
+#include <cstring>
+
 namespace certstore {
 
 std::size_t utf8SequenceSize(ByteView bytes) noexcept {
@@ -31,12 +34,27 @@ char32_t utf8CharAt(ByteView bytes) noexcept {
     return code;
 }
 
+std::size_t asciiRun(ByteView bytes) noexcept {
+    constexpr std::uint64_t kLow = 0x0101010101010101, kHigh = 0x8080808080808080;
+    std::size_t size = 0;
+    for (std::uint64_t word; bytes.size() - size >= sizeof word; size += sizeof word) {
+        std::memcpy(&word, bytes.data() + size, sizeof word);
+        // The subtraction sets the high bit of the first byte that is zero.
+        if (((word - kLow) | word) & kHigh)
+            break;
+    }
+    while (size < bytes.size() && bytes[size] != 0 && bytes[size] < 0x80)
+        ++size;
+    return size;
+}
+
 bool isUtf8(ByteView bytes) noexcept {
-    while (!bytes.empty()) {
-        const std::size_t size = utf8SequenceSize(bytes);
+    for (std::size_t at = asciiRun(bytes); at < bytes.size();) {
+        const std::size_t size = utf8SequenceSize(bytes.subspan(at));
         if (size == 0)
             return false;
-        bytes = bytes.subspan(size);
+        at += size;
+        at += asciiRun(bytes.subspan(at));
     }
     return true;
 }

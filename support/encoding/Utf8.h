@@ -14,6 +14,9 @@ std::size_t utf8SequenceSize(ByteView bytes) noexcept;
 // The character that this sequence is. Requires: utf8SequenceSize(bytes) != 0.
 char32_t utf8CharAt(ByteView bytes) noexcept;
 
+// How many bytes from the start of `bytes` are ASCII and not NUL: mostly all of them.
+std::size_t asciiRun(ByteView bytes) noexcept;
+
 bool isUtf8(ByteView bytes) noexcept;
 
 // Whether `code` is a character that UTF-8 can hold.

@@ -5,6 +5,18 @@
 #include "support/x509/NameText.h"
 #include "support/x509/X509Parser.h"
 
+namespace {
+
+void appendName(XString& out, certstore::ByteView name) {
+    certstore::appendNameText(out.getUtf8Sb_rw(), name, certstore::NameForm::NoTags);
+}
+
+std::string_view textOf(const XString& name) noexcept {
+    return name.getUtf8Sb().view();
+}
+
+}  // namespace
+
 CertificateHolder::CertificateHolder(X509Certificate* cert) noexcept : m_cert(cert) {
     if (m_cert)
         m_cert->addHolder();
@@ -29,11 +41,18 @@ CertificateHolder* CertificateHolder::createFromDer(const unsigned char* der, un
         log.LogError(message.c_str());
         return nullptr;
     }
-    StringBuffer subject, issuer;
-    certstore::appendNameText(subject, fields.subject, certstore::NameForm::NoTags);
-    certstore::appendNameText(issuer, fields.issuer, certstore::NameForm::NoTags);
+    XString subject, issuer;
+    appendName(subject, fields.subject);
+    // Roots mostly repeat the name as it is.
+    const bool repeated = certstore::equalBytes(fields.subject, fields.issuer);
+    if (!repeated)
+        appendName(issuer, fields.issuer);
     ZorvenOwner<CertificateHolder> holder(new CertificateHolder(nullptr));
-    holder->setCert(new X509Certificate(bytes, fields, subject.view(), issuer.view()));
+    holder->setCert(X509Certificate::create({.der = bytes,
+                                             .fields = fields,
+                                             .subjectText = textOf(subject),
+                                             .issuerText = textOf(repeated ? subject : issuer),
+                                             .selfIssued = repeated || subject.equalsX(issuer)}));
     return holder.release();
 }
 

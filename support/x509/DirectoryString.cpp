@@ -61,32 +61,36 @@ void appendWideText(StringBuffer& out, WideText text) {
         appendUtf8Char(out, code);
 }
 
-// The value as bytes that are meant to be UTF-8: its own ones where the type allows, else those
-// written to `scratch`. False when its type is no string.
-bool toUtf8(unsigned char tag, ByteView content, StringBuffer& scratch, ByteView& utf8) {
+// Whether values of this type are bytes that are meant to be UTF-8 already.
+bool isByteString(unsigned char tag) noexcept {
     switch (static_cast<DerTag>(tag)) {
         case DerTag::Utf8String:
         case DerTag::PrintableString:
         case DerTag::Ia5String:
         case DerTag::NumericString:
         case DerTag::VisibleString:
-            utf8 = content;
             return true;
-        case DerTag::T61String:
-            for (const unsigned char latin1 : content)
-                appendUtf8Char(scratch, latin1);
-            break;
-        case DerTag::BmpString:
-            appendWideText(scratch, WideText(content, 2));
-            break;
-        case DerTag::UniversalString:
-            appendWideText(scratch, WideText(content, 4));
-            break;
         default:
             return false;
     }
-    utf8 = bytesOf(scratch.view());
-    return true;
+}
+
+// Appends a value of the other string types as UTF-8. False when its type is no string.
+bool convertToUtf8(StringBuffer& out, unsigned char tag, ByteView content) {
+    switch (static_cast<DerTag>(tag)) {
+        case DerTag::T61String:
+            for (const unsigned char latin1 : content)
+                appendUtf8Char(out, latin1);
+            return true;
+        case DerTag::BmpString:
+            appendWideText(out, WideText(content, 2));
+            return true;
+        case DerTag::UniversalString:
+            appendWideText(out, WideText(content, 4));
+            return true;
+        default:
+            return false;
+    }
 }
 
 void appendEscapedByte(StringBuffer& out, unsigned char byte) {
@@ -113,17 +117,16 @@ constexpr std::array<Escape, 256> kEscapes = makeEscapes();
 
 // How many bytes from the start of `bytes` need no escape, blanks included.
 std::size_t plainRun(ByteView bytes) noexcept {
-    std::size_t size = 0;
-    while (size < bytes.size()) {
-        const Escape escape = kEscapes[bytes[size]];
-        const std::size_t sequence = escape == Escape::None ? 1
-            : escape == Escape::Unless                      ? utf8SequenceSize(bytes.subspan(size))
-                                                            : 0;
+    for (std::size_t size = 0;;) {
+        while (size < bytes.size() && kEscapes[bytes[size]] == Escape::None)
+            ++size;
+        if (size == bytes.size() || kEscapes[bytes[size]] != Escape::Unless)
+            return size;
+        const std::size_t sequence = utf8SequenceSize(bytes.subspan(size));
         if (sequence == 0)
-            break;
+            return size;
         size += sequence;
     }
-    return size;
 }
 
 void appendEscaped(StringBuffer& out, ByteView utf8) {
@@ -141,6 +144,16 @@ void appendEscaped(StringBuffer& out, ByteView utf8) {
         out.appendChar('\\');
         out.appendChar(static_cast<char>(byte));
     }
+}
+
+void appendEscapedValue(StringBuffer& out, ByteView utf8) {
+    // Blanks at the ends, and a "#" in front, would be read as layout.
+    const bool blankEnd = utf8.size() > 1 && utf8.back() == ' ';
+    if (!utf8.empty() && (utf8[0] == ' ' || utf8[0] == '#'))
+        out.appendChar('\\');
+    appendEscaped(out, blankEnd ? utf8.first(utf8.size() - 1) : utf8);
+    if (blankEnd)
+        out.append("\\ ");
 }
 
 }  // namespace
@@ -168,33 +181,32 @@ bool isNameValue(unsigned char tag, ByteView content) noexcept {
 }
 
 bool appendDirectoryText(StringBuffer& out, unsigned char tag, ByteView content) {
-    StringBuffer scratch;
-    ByteView utf8;
-    if (!toUtf8(tag, content, scratch, utf8))
+    StringBuffer converted;
+    if (isByteString(tag))
+        appendUtf8Lossless(out, content);
+    else if (convertToUtf8(converted, tag, content))
+        appendUtf8Lossless(out, bytesOf(converted.view()));
+    else
         return false;
-    appendUtf8Lossless(out, utf8);
     return true;
 }
 
 void appendEscapedDirectoryText(StringBuffer& out, unsigned char tag, ByteView content,
                                 ByteView whole) {
-    StringBuffer scratch;
-    ByteView utf8;
-    if (!toUtf8(tag, content, scratch, utf8)) {
-        out.appendChar('#');
-        appendHex(out, whole);
+    if (isByteString(tag)) {
+        appendEscapedValue(out, content);
         return;
     }
-    // Blanks at the ends, and a "#" in front, would be read as layout.
-    const bool blankEnd = utf8.size() > 1 && utf8.back() == ' ';
-    if (!utf8.empty() && (utf8[0] == ' ' || utf8[0] == '#'))
-        out.appendChar('\\');
-    appendEscaped(out, blankEnd ? utf8.first(utf8.size() - 1) : utf8);
-    if (blankEnd)
-        out.append("\\ ");
+    StringBuffer converted;
+    if (convertToUtf8(converted, tag, content)) {
+        appendEscapedValue(out, bytesOf(converted.view()));
+        return;
+    }
+    out.appendChar('#');
+    appendHex(out, whole);
 }
 
-const char* stringTypeName(unsigned char tag) noexcept {
+std::string_view stringTypeName(unsigned char tag) noexcept {
     switch (static_cast<DerTag>(tag)) {
         case DerTag::Utf8String:
             return "UTF8";
@@ -218,7 +230,7 @@ const char* stringTypeName(unsigned char tag) noexcept {
 }
 
 void appendUtf8Lossless(StringBuffer& out, ByteView bytes) {
-    std::size_t from = 0, at = 0;
+    std::size_t from = 0, at = asciiRun(bytes);
     while (at < bytes.size()) {
         const std::size_t size = bytes[at] == 0 ? 0 : utf8SequenceSize(bytes.subspan(at));
         if (size != 0) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <string_view>
+
 #include "support/base/ByteView.h"
 #include "support/buffers/StringBuffer.h"
 
@@ -22,7 +24,7 @@ void appendEscapedDirectoryText(StringBuffer& out, unsigned char tag, ByteView c
                                 ByteView whole);
 
 // The name of a string type, such as "UTF8"; "DER" for what is no string.
-const char* stringTypeName(unsigned char tag) noexcept;
+std::string_view stringTypeName(unsigned char tag) noexcept;
 
 // Appends text that should be UTF-8, with a NUL as \00 and every byte that is no UTF-8 as \HH.
 void appendUtf8Lossless(StringBuffer& out, ByteView bytes);

@@ -21,7 +21,6 @@ struct Attribute {
         : dotted(d), oid(d), shortName(name), synonyms{also, alsoThat} {}
 };
 
-// The frequent ones first: names are looked up once for every attribute of every certificate.
 constexpr Attribute kAttributes[] = {
     {"2.5.4.3", "CN", "commonName"},
     {"2.5.4.10", "O", "organizationName", "organization"},
@@ -50,6 +49,27 @@ constexpr Attribute kAttributes[] = {
     {"1.3.6.1.4.1.311.60.2.1.2", "JURISDICTIONST"},
     {"1.3.6.1.4.1.311.60.2.1.3", "JURISDICTIONC"},
 };
+
+// The rows of the types 2.5.4.n (RFC 5280 appendix A.1), which most attributes are, by n. Names are
+// looked up for every attribute of every certificate.
+constexpr std::array<const Attribute*, 128> makeX520Rows() {
+    std::array<const Attribute*, 128> rows{};
+    for (const Attribute& attribute : kAttributes)
+        if (attribute.dotted.starts_with("2.5.4."))
+            rows[attribute.oid.bytes[2]] = &attribute;
+    return rows;
+}
+
+constexpr std::array<const Attribute*, 128> kX520Rows = makeX520Rows();
+
+const Attribute* attributeOf(ByteView oid) noexcept {
+    if (oid.size() == 3 && oid[0] == 0x55 && oid[1] == 4 && oid[2] < kX520Rows.size())
+        return kX520Rows[oid[2]];
+    for (const Attribute& attribute : kAttributes)
+        if (attribute.oid == oid)
+            return &attribute;
+    return nullptr;
+}
 
 char lowerOf(char c) noexcept {
     return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
@@ -82,10 +102,8 @@ const Attribute* attributeNamed(std::string_view name) noexcept {
 }  // namespace
 
 std::string_view attributeShortName(ByteView oid) noexcept {
-    for (const Attribute& attribute : kAttributes)
-        if (attribute.oid == oid)
-            return attribute.shortName;
-    return {};
+    const Attribute* attribute = attributeOf(oid);
+    return attribute ? attribute->shortName : std::string_view();
 }
 
 bool isAttributeNamed(ByteView oid, std::string_view name) {

@@ -12,11 +12,18 @@ namespace certstore {
 
 namespace {
 
+// The content of one AttributeTypeAndValue, and whether an RDN begins with it. Without values of
+// its own: setting a list of them to zero costs a parse several percent.
+struct NamePlace {
+    const unsigned char* data;
+    std::size_t size;
+    bool startsRdn;
+};
+
 struct NameAttribute {
     ByteView type;
     ByteView value, wholeValue;
     unsigned char valueTag = 0;
-    bool startsRdn = false;
 };
 
 // Walks the attributes of a name in encoded order. A malformed rest, which the parser lets nobody
@@ -25,18 +32,27 @@ class NameWalker {
 public:
     explicit NameWalker(ByteView name) noexcept : m_rdns(name) {}
 
-    bool next(NameAttribute& attribute) noexcept {
-        attribute.startsRdn = m_rdn.atEnd();
-        if (attribute.startsRdn && !m_rdns.readSet(m_rdn))
+    bool next(NamePlace& place) noexcept {
+        ByteView content;
+        const bool startsRdn = m_rdn.atEnd();
+        if ((startsRdn && !m_rdns.readSet(m_rdn)) || !m_rdn.read(DerTag::Sequence, content))
             return false;
-        DerReader inner;
-        return m_rdn.readSequence(inner) && inner.readOid(attribute.type)
-            && inner.readAny(attribute.valueTag, attribute.value, attribute.wholeValue);
+        place = {content.data(), content.size(), startsRdn};
+        return true;
     }
 
 private:
     DerReader m_rdns, m_rdn;
 };
+
+NameAttribute attributeAt(const NamePlace& place) noexcept {
+    NameAttribute attribute;
+    DerReader inner(ByteView(place.data, place.size));
+    // Neither fails, nor is the type's form looked at: the parser has done so.
+    (void)(inner.read(DerTag::Oid, attribute.type)
+           && inner.readAny(attribute.valueTag, attribute.value, attribute.wholeValue));
+    return attribute;
+}
 
 // The attributes of a name, to be visited from the last to the first. Those of ordinary names lie
 // on the stack.
@@ -44,24 +60,23 @@ class AttributeList {
 public:
     explicit AttributeList(ByteView name) {
         NameWalker walker(name);
-        NameAttribute attribute;
-        while (walker.next(attribute)) {
-            if (m_size < m_few.size())
-                m_few[m_size] = attribute;
-            else
-                m_more.push_back(attribute);
+        while (m_size < m_few.size() && walker.next(m_few[m_size]))
+            ++m_size;
+        NamePlace place;
+        while (m_size >= m_few.size() && walker.next(place)) {
+            m_more.push_back(place);
             ++m_size;
         }
     }
 
     std::size_t size() const noexcept { return m_size; }
-    const NameAttribute& operator[](std::size_t i) const noexcept {
+    const NamePlace& operator[](std::size_t i) const noexcept {
         return i < m_few.size() ? m_few[i] : m_more[i - m_few.size()];
     }
 
 private:
-    std::array<NameAttribute, 12> m_few;
-    std::vector<NameAttribute> m_more;
+    std::array<NamePlace, 12> m_few;
+    std::vector<NamePlace> m_more;
     std::size_t m_size = 0;
 };
 
@@ -84,18 +99,21 @@ void appendAttribute(StringBuffer& out, const NameAttribute& attribute, NameForm
 void appendNameText(StringBuffer& out, ByteView name, NameForm form) {
     const AttributeList attributes(name);
     for (std::size_t i = attributes.size(); i-- > 0;) {
-        appendAttribute(out, attributes[i], form);
+        appendAttribute(out, attributeAt(attributes[i]), form);
         if (i != 0)
-            out.append(attributes[i].startsRdn ? ", " : "+");
+            out.append(std::string_view(attributes[i].startsRdn ? ", " : "+"));
     }
 }
 
 bool findNamePart(ByteView name, std::string_view part, StringBuffer& value) {
     NameWalker walker(name);
-    NameAttribute attribute, found;
-    while (walker.next(attribute))
+    NamePlace place;
+    NameAttribute found;
+    while (walker.next(place)) {
+        const NameAttribute attribute = attributeAt(place);
         if (isAttributeNamed(attribute.type, part))
             found = attribute;
+    }
     return !found.type.empty() && appendDirectoryText(value, found.valueTag, found.value);
 }
 

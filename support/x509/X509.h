@@ -1,7 +1,7 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
-#include <memory>
 #include <string_view>
 
 #include "support/base/ByteView.h"
@@ -26,20 +26,30 @@ struct X509Fields {
     bool signatureHasUnusedBits = false;
 };
 
+// What an X509 is made of: an encoding, the fields that parseX509 found in it, and the two names as
+// text without string types (NameText.h).
+struct X509Parts {
+    ByteView der;
+    const X509Fields& fields;
+    std::string_view subjectText, issuerText;
+    bool selfIssued;  // the two texts are equal
+
+    // How many bytes an X509 keeps of it.
+    std::size_t size() const noexcept;
+};
+
 // A parsed certificate (RFC 5280): its bytes, its fields as slices of them, and its two names as
 // text. Never changes once made, so any number of threads may read it. Every view lives as long as
 // the object.
 class X509 {
 public:
-    // Copies the encoding that `fields` are slices of, and the names' texts (NameText.h).
-    // Throws std::bad_alloc.
-    X509(ByteView der, const X509Fields& fields, std::string_view subjectText,
-         std::string_view issuerText);
+    // Copies the parts into `room`, which has parts.size() bytes and lives as long as the object.
+    X509(const X509Parts& parts, unsigned char* room) noexcept;
 
     X509(const X509&) = delete;
     X509& operator=(const X509&) = delete;
 
-    ByteView der() const noexcept { return {m_block.get(), m_derSize}; }
+    ByteView der() const noexcept { return {m_bytes, m_derSize}; }
     int version() const noexcept { return m_version; }
     ByteView tbs() const noexcept { return at(m_tbs); }
     ByteView tbsAlgorithm() const noexcept { return at(m_tbsAlgorithm); }
@@ -66,11 +76,11 @@ private:
         std::uint32_t offset = 0, size = 0;
     };
     Slice sliceOf(ByteView base, ByteView field) const noexcept;
-    ByteView at(Slice slice) const noexcept { return {m_block.get() + slice.offset, slice.size}; }
+    ByteView at(Slice slice) const noexcept { return {m_bytes + slice.offset, slice.size}; }
     std::string_view textAt(Slice slice) const noexcept { return textOf(at(slice)); }
 
     // The encoding, then the subject's text, then the issuer's where it differs.
-    std::unique_ptr<unsigned char[]> m_block;
+    const unsigned char* m_bytes;
     std::uint32_t m_derSize;
     Slice m_tbs, m_tbsAlgorithm, m_serial, m_issuer, m_subject, m_spki, m_signatureAlgorithm,
         m_signature, m_subjectKeyId, m_authorityKeyId, m_emailName, m_subjectText, m_issuerText;

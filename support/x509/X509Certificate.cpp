@@ -1,5 +1,7 @@
 #include "support/x509/X509Certificate.h"
 
+#include <new>
+
 #include "support/encoding/Hex.h"
 #include "support/x509/DirectoryString.h"
 #include "support/x509/KeyCodec.h"
@@ -27,9 +29,14 @@ bool setNamePart(XString& out, certstore::ByteView name, const char* part) {
 
 }  // namespace
 
-X509Certificate::X509Certificate(certstore::ByteView der, const certstore::X509Fields& fields,
-                                 std::string_view subjectText, std::string_view issuerText)
-    : ZorvenX509Holder(der, fields, subjectText, issuerText), m_certKey(getX509Ptr()->spki()) {}
+X509Certificate* X509Certificate::create(const certstore::X509Parts& parts) {
+    void* const block = ::operator new(sizeof(X509Certificate) + parts.size());
+    auto* const room = static_cast<unsigned char*>(block) + sizeof(X509Certificate);
+    return ::new (block) X509Certificate(parts, room);
+}
+
+X509Certificate::X509Certificate(const certstore::X509Parts& parts, unsigned char* room) noexcept
+    : ZorvenX509Holder(parts, room), m_certKey(getX509Ptr()->spki()) {}
 
 void X509Certificate::addHolder() noexcept {
     m_holders.fetch_add(1, std::memory_order_relaxed);

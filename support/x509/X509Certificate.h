@@ -85,9 +85,15 @@ public:
 private:
     friend class CertificateHolder;
 
-    X509Certificate(certstore::ByteView der, const certstore::X509Fields& fields,
-                    std::string_view subjectText, std::string_view issuerText);
+    // The object and behind it, in the same allocation, the bytes that it keeps of `parts`. To be
+    // held at once. Throws std::bad_alloc.
+    static X509Certificate* create(const certstore::X509Parts& parts);
+
+    X509Certificate(const certstore::X509Parts& parts, unsigned char* room) noexcept;
     ~X509Certificate() = default;
+
+    // Frees what create has allocated, whose size is not that of the object.
+    static void operator delete(void* block) noexcept { ::operator delete(block); }
 
     void addHolder() noexcept;
     void dropHolder() noexcept;

@@ -9,9 +9,9 @@ public:
     const certstore::X509* getX509Ptr() const noexcept { return &m_x509; }
 
 protected:
-    ZorvenX509Holder(certstore::ByteView der, const certstore::X509Fields& fields,
-                     std::string_view subjectText, std::string_view issuerText)
-        : m_x509(der, fields, subjectText, issuerText) {}
+    // `room` as X509 takes it.
+    ZorvenX509Holder(const certstore::X509Parts& parts, unsigned char* room) noexcept
+        : m_x509(parts, room) {}
     ~ZorvenX509Holder() = default;
 
 private:

@@ -61,6 +61,24 @@ TEST(StringBuffer, GrowsWithItsOwnText) {
     EXPECT_STREQ(text.getString(), "");
 }
 
+// Sizes around those at which a text moves: out of the object, and on the heap.
+TEST(StringBuffer, GrowsAtEverySize) {
+    for (std::size_t size = 0; size < 600; ++size) {
+        const std::string expected(size, 'x');
+        StringBuffer whole, pieces;
+        XString roomy;
+        whole.append(expected);
+        for (std::size_t i = 0; i < size; ++i)
+            *pieces.extend(1) = 'x';
+        roomy.appendUtf8(expected.c_str());
+        for (const char* text : {whole.getString(), pieces.getString(), roomy.getUtf8()})
+            ASSERT_EQ(text, expected);
+        roomy.clear();
+        roomy.appendUtf8(expected.c_str());
+        ASSERT_EQ(roomy.getUtf8Sb().view(), expected) << "after its storage was given up";
+    }
+}
+
 TEST(XString, WritableViewIsTheText) {
     XString text, copy;
     text.appendUtf8("0a1b");

@@ -100,6 +100,23 @@ TEST(Utf8, AcceptsExactlyWhatRfc3629Allows) {
         EXPECT_EQ(certstore::isUtf8(bytesOf(text)), good) << testing::PrintToString(text);
 }
 
+TEST(Utf8, LooksAtEveryByteOfLongText) {
+    for (std::size_t size = 0; size < 26; ++size)
+        for (std::size_t at = 0; at <= size; ++at) {
+            std::string text(size, 'a');
+            EXPECT_EQ(certstore::asciiRun(bytesOf(text)), size);
+            for (const std::string inserted : {"\xc3\xa9", "\xf0\x9f\x98\x80", "\x80", "\xc3"}) {
+                std::string whole = text;
+                whole.insert(at, inserted);
+                EXPECT_EQ(certstore::asciiRun(bytesOf(whole)), at);
+                EXPECT_EQ(certstore::isUtf8(bytesOf(whole)), inserted.size() > 1);
+            }
+            text.insert(at, 1, '\0');
+            EXPECT_EQ(certstore::asciiRun(bytesOf(text)), at);
+            EXPECT_TRUE(certstore::isUtf8(bytesOf(text)));
+        }
+}
+
 TEST(Utf8, WritesWhatItReads) {
     for (const char32_t code :
          {U'\x7f', U'\x80', U'\x7ff', U'\x800', U'\xffff', U'\x10000', U'\x10ffff'}) {

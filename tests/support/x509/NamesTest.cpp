@@ -4,8 +4,11 @@
 
 #include <set>
 
+#include "support/asn1/DerWriter.h"
 #include "support/log/LogNull.h"
 #include "support/x509/DistinguishedName.h"
+#include "support/x509/NameAttributes.h"
+#include "support/x509/NameText.h"
 #include "support/x509/PemCertificates.h"
 #include "tests/common/TestFiles.h"
 
@@ -85,6 +88,32 @@ TEST(Names, AreOneTextInEveryStringTypeAndToldApartWithTags) {
     certOf(certs[11]).getIssuerDN_noTags(issuer, log);
     certOf(certs[10]).getSubjectDN_noTags(subject, log);
     EXPECT_TRUE(issuer.equalsX(subject)) << "a leaf that writes its issuer in another type";
+}
+
+TEST(Names, HoldAnyNumberOfAttributes) {
+    using certstore::appendDer;
+    // 2.5.4.0 to 2.5.4.39, of which some have names.
+    DataBuffer name;
+    std::string expected;
+    for (unsigned char arc = 0; arc < 40; ++arc) {
+        DataBuffer attribute, rdn;
+        appendDer(attribute, 0x06, certstore::bytesOf(std::string("\x55\x04") + char(arc)));
+        appendDer(attribute, 0x0c, certstore::bytesOf("v"));
+        appendDer(rdn, 0x30, attribute.view());
+        appendDer(name, 0x31, rdn.view());
+        const std::string_view known =
+            certstore::attributeShortName(attribute.view().subspan(2, 3));
+        const std::string type =
+            known.empty() ? "2.5.4." + std::to_string(arc) : std::string(known);
+        expected.insert(0, type + "=v" + (arc == 0 ? "" : ", "));
+        StringBuffer text;
+        certstore::appendNameText(text, name.view(), certstore::NameForm::NoTags);
+        ASSERT_EQ(text.view(), expected);
+    }
+    EXPECT_TRUE(expected.ends_with(
+        "2.5.4.16=v, BUSINESSCATEGORY=v, 2.5.4.14=v, DESCRIPTION=v, TITLE=v, OU=v, "
+        "O=v, STREET=v, ST=v, L=v, C=v, SERIALNUMBER=v, SN=v, CN=v, 2.5.4.2=v, 2.5.4.1=v, "
+        "2.5.4.0=v"));
 }
 
 TEST(Names, ThatBreakTheirStringTypeAreRefused) {
