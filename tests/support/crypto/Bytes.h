@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <string_view>
 #include <vector>
 
@@ -20,4 +21,16 @@ inline Bytes padded(Bytes bytes, std::size_t size) {
     if (bytes.size() < size)
         bytes.insert(bytes.begin(), size - bytes.size(), 0);
     return bytes;
+}
+
+// The sum of two numbers, as long as the longer: a carry out of it is lost.
+inline Bytes sum(const Bytes& a, const Bytes& b) {
+    Bytes result = padded(a, b.size());
+    const Bytes addend = padded(b, a.size());
+    unsigned int carry = 0;
+    for (std::size_t i = result.size(); i-- > 0; carry >>= 8) {
+        carry += 0U + result[i] + addend[i];
+        result[i] = static_cast<unsigned char>(carry);
+    }
+    return result;
 }

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include <string>
+#include <algorithm>
 
 #include "support/crypto/RsaPkcs1.h"
 #include "support/crypto/RsaPss.h"
@@ -34,30 +34,20 @@ bool verifyPss(const Json& group, const Json& test) {
     return verifyRsaPss(Key(group), options, digest.view(), hexOf(test, "sig"));
 }
 
-bool hasFlag(const Json& test, const char* flag) {
-    for (const Json& other : test.at("flags"))
-        if (other == flag)
-            return true;
-    return false;
+// Of what may be accepted, a DigestInfo without NULL is; the rest is left open.
+bool isFree(const Json& test) {
+    const Json& flags = test.at("flags");
+    return test.at("result") == "acceptable"
+        && std::ranges::find(flags, Json("MissingNull")) == flags.end();
 }
 
-template <class Verify>
-void checkFiles(const char* prefix, Verify verify) {
-    for (const std::string& file : listVectorFiles(prefix)) {
-        SCOPED_TRACE(file);
-        forEachVector(file, [&](const Json& group, const Json& test) {
-            const std::string result = test.at("result");
-            if (!kVectorDigests.contains(group.at("sha")))
-                return;
-            // Of what may be accepted, a DigestInfo without NULL is; the rest is left open.
-            const bool isFree = result == "acceptable";
-            if (isFree && !hasFlag(test, "MissingNull"))
-                return;
-            const bool expected = isFree || result == "valid";
-            EXPECT_EQ(verify(group, test), expected)
-                << test.at("tcId") << ": " << test.at("comment");
-        });
-    }
+void checkFiles(const char* prefix, bool (*verify)(const Json& group, const Json& test)) {
+    forEachVectorFile(prefix, [&](const Json& group, const Json& test) {
+        if (!kVectorDigests.contains(group.at("sha")) || isFree(test))
+            return;
+        EXPECT_EQ(verify(group, test), test.at("result") != "invalid")
+            << test.at("tcId") << ": " << test.at("comment");
+    });
 }
 
 TEST(RsaVectorsTest, Pkcs1) {

@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "support/asn1/DerReader.h"
 #include "support/crypto/Digest.h"
 #include "tests/common/TestFiles.h"
 #include "tests/support/crypto/Bytes.h"
@@ -33,6 +34,19 @@ inline const std::map<std::string, certstore::DigestAlgorithm> kVectorDigests = 
 
 inline Bytes hexOf(const Json& object, const char* name) {
     return fromHex(object.at(name).get<std::string>());
+}
+
+// Compares with the verdict of a test: "acceptable", of which some files make use, counts as no.
+inline void expectResult(const Json& test, bool verified) {
+    EXPECT_EQ(verified, test.at("result") == "valid")
+        << test.at("tcId") << ": " << test.at("comment");
+}
+
+// The numbers r and s of a signature in DER.
+inline bool readSignature(certstore::ByteView der, certstore::ByteView& r, certstore::ByteView& s) {
+    certstore::DerReader outer(der), inner;
+    return outer.readSequence(inner) && outer.atEnd() && inner.readUnsigned(r)
+        && inner.readUnsigned(s) && inner.atEnd();
 }
 
 // The names of the files that begin like this; none when this build has no vectors.
