@@ -4,6 +4,7 @@
 #include <sstream>
 #include <stdexcept>
 
+#include "support/crypto/Digest.h"
 #include "support/encoding/Base64.h"
 #include "support/encoding/Hex.h"
 #include "support/encoding/Pem.h"
@@ -32,8 +33,7 @@ Certs loadCerts(const std::string& name) {
     LogNull quiet;
     Certs certs;
     while (blocks.next(der)) {
-        certs.emplace_back(
-            CertificateHolder::createFromDer(der.getData2(), der.getSize(), nullptr, quiet));
+        certs.push_back(parseCert(der.view(), quiet));
         if (!certs.back())
             throw std::runtime_error("no certificate in " + name);
     }
@@ -44,9 +44,54 @@ ZorvenOwner<CertificateHolder> loadCert(const std::string& name) {
     return std::move(loadCerts(name).at(0));
 }
 
+ZorvenOwner<CertificateHolder> loadCert(const std::string& name, std::string_view inSubject) {
+    for (auto& holder : loadCerts(name))
+        if (certOf(holder).getX509Ptr()->subjectText().find(inSubject) != std::string_view::npos)
+            return std::move(holder);
+    throw std::runtime_error("no such certificate in " + name);
+}
+
+ZorvenOwner<CertificateHolder> parseCert(certstore::ByteView der, LogBase& log) {
+    return ZorvenOwner<CertificateHolder>(CertificateHolder::createFromDer(
+        der.data(), static_cast<unsigned int>(der.size()), nullptr, log));
+}
+
+std::string derOf(const X509Certificate& cert) {
+    return std::string(certstore::textOf(cert.getX509Ptr()->der()));
+}
+
+std::string edited(std::string bytes, std::string_view from, std::string_view to) {
+    for (std::size_t at = 0; (at = bytes.find(from, at)) != std::string::npos; at += to.size())
+        bytes.replace(at, from.size(), to);
+    return bytes;
+}
+
+std::string errorsIn(const std::string& log) {
+    std::istringstream lines(log);
+    std::string errors;
+    for (std::string line; std::getline(lines, line);) {
+        const std::size_t at = line.find("ERROR: ");
+        if (at != std::string::npos)
+            errors.append(errors.empty() ? "" : "|").append(line, at + 7);
+    }
+    return errors;
+}
+
 X509Certificate& certOf(const ZorvenOwner<CertificateHolder>& holder) {
     LogNull quiet;
     return *holder->getCertPtr(quiet);
+}
+
+std::string sha256Of(certstore::ByteView bytes) {
+    StringBuffer hex;
+    certstore::appendHex(
+        hex, certstore::computeDigest(certstore::DigestAlgorithm::Sha256, bytes).view());
+    return hex.getString();
+}
+
+void loadFile(const std::string& name, DataBuffer& bytes) {
+    const std::string content = readFile(data(name));
+    bytes.append(certstore::bytesOf(content));
 }
 
 void loadPemDer(const std::string& name, DataBuffer& der) {

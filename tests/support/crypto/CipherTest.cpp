@@ -7,7 +7,6 @@
 #include "support/crypto/Aes.h"
 #include "support/crypto/Cbc.h"
 #include "support/crypto/Des.h"
-#include "support/crypto/Digest.h"
 #include "support/crypto/InstructionSets.h"
 #include "support/crypto/Rc2.h"
 #include "support/crypto/Rc4.h"
@@ -32,7 +31,7 @@ bool setKey(Cipher& cipher, const Bytes& key, std::size_t effectiveBits) {
 
 // Empty when the key is refused.
 template <class Cipher>
-Bytes decryptBlocks(const Bytes& key, std::size_t effectiveBits, Bytes blocks) {
+Bytes decryptAll(const Bytes& key, std::size_t effectiveBits, Bytes blocks) {
     Cipher cipher;
     if (!setKey(cipher, key, effectiveBits))
         return {};
@@ -58,13 +57,8 @@ Bytes makeKey(std::size_t size) {
     return key;
 }
 
-Bytes sha256(const Bytes& bytes) {
-    const DigestValue digest = computeDigest(DigestAlgorithm::Sha256, bytes);
-    return Bytes(digest.bytes, digest.bytes + digest.size);
-}
-
-// A key of the octets 0f, 16, 1d .., 7 apart, and the SHA-256 of what it decrypts 4000 octets of
-// the pattern to, which takes every table through all of its entries. Computed with
+// A key of the octets 0f, 16, 1d .., 7 apart, and 16 octets of the SHA-256 of what it decrypts 4000
+// octets of the pattern to, which takes every table through all of its entries. Computed with
 //   openssl enc -d -provider legacy -provider default -<cipher>-ecb -K <key> -nopad | sha256sum
 constexpr struct {
     const char* what;
@@ -72,27 +66,20 @@ constexpr struct {
     std::size_t keySize, effectiveBits;
     const char* digest;
 } kKnownStreams[] = {
-    {"aes-128", decryptBlocks<AesDecryptor>, 16, kWholeKey,
-     "d13be40f32e26e5912cc3943494803dc079a865ea86a7291cd6ddecd5295b66b"},
-    {"aes-192", decryptBlocks<AesDecryptor>, 24, kWholeKey,
-     "7eb8e7e9c52c505ecac2c87ddf6b25e2d048b1c2a380805c0d1f764782666b9c"},
-    {"aes-256", decryptBlocks<AesDecryptor>, 32, kWholeKey,
-     "bac72749378bf9e1793933475c1aaae1e610da2c473387141c692e2152a7c789"},
-    {"des", decryptBlocks<DesKey>, 8, kWholeKey,
-     "3b16c1acd0303a5e78ac52d1bc22014e67711a994de2c9bfd9d566617d689a47"},
-    {"des-ede", decryptBlocks<TripleDesDecryptor>, 16, kWholeKey,
-     "6d808a0d81da4129051e344c354e355062cd243b9e714a3e3674e9ff4a147aa3"},
-    {"des-ede3", decryptBlocks<TripleDesDecryptor>, 24, kWholeKey,
-     "0d8691518e22fea2d2946757de7fbe9c3d0044eebd7c1e7be3a1429872f01837"},
-    {"rc2", decryptBlocks<Rc2Decryptor>, 16, 128,
-     "2bc0b0aa87e279fd5dd74587eb13b204ad04dd8ca651c450a78ccd00db6fab7a"},
+    {"aes-128", decryptAll<AesDecryptor>, 16, kWholeKey, "d13be40f32e26e5912cc3943494803dc"},
+    {"aes-192", decryptAll<AesDecryptor>, 24, kWholeKey, "7eb8e7e9c52c505ecac2c87ddf6b25e2"},
+    {"aes-256", decryptAll<AesDecryptor>, 32, kWholeKey, "bac72749378bf9e1793933475c1aaae1"},
+    {"des", decryptAll<DesKey>, 8, kWholeKey, "3b16c1acd0303a5e78ac52d1bc22014e"},
+    {"des-ede", decryptAll<TripleDesDecryptor>, 16, kWholeKey, "6d808a0d81da4129051e344c354e3550"},
+    {"des-ede3", decryptAll<TripleDesDecryptor>, 24, kWholeKey, "0d8691518e22fea2d2946757de7fbe9c"},
+    {"rc2", decryptAll<Rc2Decryptor>, 16, 128, "2bc0b0aa87e279fd5dd74587eb13b204"},
 };
 
 void expectKnownStreams() {
     for (const auto& known : kKnownStreams)
-        EXPECT_EQ(
-            sha256(known.decrypt(makeKey(known.keySize), known.effectiveBits, makePattern(4000))),
-            fromHex(known.digest))
+        EXPECT_EQ(fingerprint(known.decrypt(makeKey(known.keySize), known.effectiveBits,
+                                            makePattern(4000))),
+                  fromHex(known.digest))
             << known.what;
 }
 
@@ -107,12 +94,12 @@ TEST(CipherTest, DecryptsByPortableCode) {
 }
 
 TEST(CipherTest, Rc2KeysMayHaveAnyNumberOfBits) {
-    const auto decryptBlock = [](const char* key, std::size_t bits, const char* block) {
-        return decryptBlocks<Rc2Decryptor>(fromHex(key), bits, fromHex(block));
+    const auto decrypt = [](const char* key, std::size_t bits, const char* block) {
+        return decryptAll<Rc2Decryptor>(fromHex(key), bits, fromHex(block));
     };
-    EXPECT_EQ(decryptBlock("0000000000000000", 63, "ebb773f993278eff"), Bytes(8)) << "RFC 2268";
-    EXPECT_EQ(decryptBlock("88bca90e90875a7f0f79c384627bafb216f80a6f85920584c42fceb0be255daf1e",
-                           129, "5b78d3a43dfff1f1"),
+    EXPECT_EQ(decrypt("0000000000000000", 63, "ebb773f993278eff"), Bytes(8)) << "RFC 2268";
+    EXPECT_EQ(decrypt("88bca90e90875a7f0f79c384627bafb216f80a6f85920584c42fceb0be255daf1e", 129,
+                      "5b78d3a43dfff1f1"),
               Bytes(8));
 }
 
@@ -126,8 +113,7 @@ TEST(CipherTest, Rc4DecryptsInPieces) {
         cipher.apply({}, rest);
         cipher.apply(rest, rest);
         // As above, with -rc4-40.
-        EXPECT_EQ(sha256(bytes),
-                  fromHex("a5d81b66a6434b01f09d1a4374469f3ec39bdb45c0e4c60550df474c60aaf139"));
+        EXPECT_EQ(fingerprint(bytes), fromHex("a5d81b66a6434b01f09d1a4374469f3e"));
     }
 }
 
@@ -136,14 +122,14 @@ TEST(CipherTest, RefusesKeysOfWrongSize) {
         return !decrypt(makeKey(keySize), bits, Bytes(16)).empty();
     };
     for (const std::size_t size : {0u, 15u, 17u, 33u})
-        EXPECT_FALSE(takes(decryptBlocks<AesDecryptor>, size)) << size;
+        EXPECT_FALSE(takes(decryptAll<AesDecryptor>, size)) << size;
     for (const std::size_t size : {0u, 7u, 9u})
-        EXPECT_FALSE(takes(decryptBlocks<DesKey>, size)) << size;
+        EXPECT_FALSE(takes(decryptAll<DesKey>, size)) << size;
     for (const std::size_t size : {8u, 15u, 23u, 25u})
-        EXPECT_FALSE(takes(decryptBlocks<TripleDesDecryptor>, size)) << size;
+        EXPECT_FALSE(takes(decryptAll<TripleDesDecryptor>, size)) << size;
     for (const auto& [size, bits] : {std::pair(0u, 64u), {129u, 64u}, {8u, 0u}, {8u, 1025u}})
-        EXPECT_FALSE(takes(decryptBlocks<Rc2Decryptor>, size, bits)) << size << ", " << bits;
-    EXPECT_TRUE(takes(decryptBlocks<Rc2Decryptor>, 128, 1024));
+        EXPECT_FALSE(takes(decryptAll<Rc2Decryptor>, size, bits)) << size << ", " << bits;
+    EXPECT_TRUE(takes(decryptAll<Rc2Decryptor>, 128, 1024));
     EXPECT_FALSE(Rc4().setKey({}));
     EXPECT_FALSE(Rc4().setKey(makeKey(257)));
 }

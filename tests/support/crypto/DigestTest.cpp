@@ -19,36 +19,22 @@ struct KnownDigest {
     const char* ofPrefixes;
 };
 
-// What covers every length around the ends of blocks: the digest of the digests, strung together,
-// of the first 0, 1 .. 300 bytes of the pattern. Computed with Python:
+// What covers every length around the ends of blocks: 16 octets of the digest of the digests,
+// strung together, of the first 0, 1 .. 300 bytes of the pattern. Computed with Python:
 //   h = hashlib.new(a); [h.update(hashlib.new(a, m[:n]).digest()) for n in range(301)];
-//   h.hexdigest()
+//   h.hexdigest()[:32]
 constexpr KnownDigest kKnownDigests[] = {
-    {"SHA-1", DigestAlgorithm::Sha1, "6804e4ea9a6a8d4892d67a40ced19afe1455116c"},
-    {"SHA-224", DigestAlgorithm::Sha224,
-     "424623b17e6ad740cd33de34cff25abe7bcc9766c61197980409fb00"},
-    {"SHA-256", DigestAlgorithm::Sha256,
-     "b90e35153500e9a471591550ee25a954527c6b4448afff95f7949a2ca93300ce"},
-    {"SHA-384", DigestAlgorithm::Sha384,
-     "80e3889f16595105b3522047c1e668b4e51531d98a660101516923ebdb1cf359"
-     "b8a3bd514465820fa194d12fa7cc37f6"},
-    {"SHA-512", DigestAlgorithm::Sha512,
-     "da20b3b598f77f25e2e2d1941e345bfe16543f32378fbc8447fbb64f038964ce"
-     "a0808c9d450e5e83ac095f5656c102b2ff15a8e0501c7553a7afe1e0256b5e09"},
-    {"SHA-512/224", DigestAlgorithm::Sha512_224,
-     "05daee229da360f57cf05fcb0b74bb0747c4b881db1fb6d885791e19"},
-    {"SHA-512/256", DigestAlgorithm::Sha512_256,
-     "a6cdb1c476398628b3625155dc6636bd49b980d4f62840c48aaf112948fb412f"},
-    {"SHA3-224", DigestAlgorithm::Sha3_224,
-     "5a13b16fee3d8e322d64bfe46cd25ddd285ea2ef552a4869f3c49ca6"},
-    {"SHA3-256", DigestAlgorithm::Sha3_256,
-     "d4daa4ebbd2c645f86ba95b6e1826396ad89974ff4cd6581c57e362b4464286a"},
-    {"SHA3-384", DigestAlgorithm::Sha3_384,
-     "2e835ab5ddc0a40a779470230f52afb340416421486f769485c81ccd8c5a19f0"
-     "0af020ec059f49908b4e9a99a3fcb3e6"},
-    {"SHA3-512", DigestAlgorithm::Sha3_512,
-     "896d0b00d5f8e862c70225dbf04329a0d67baa7b25fe8640a3fba8d0d20e964a"
-     "dd60f2c33a2ecb2f8d02a124bb2afea240797c6590bc0957fac40058ef947100"},
+    {"SHA-1", DigestAlgorithm::Sha1, "6804e4ea9a6a8d4892d67a40ced19afe"},
+    {"SHA-224", DigestAlgorithm::Sha224, "424623b17e6ad740cd33de34cff25abe"},
+    {"SHA-256", DigestAlgorithm::Sha256, "b90e35153500e9a471591550ee25a954"},
+    {"SHA-384", DigestAlgorithm::Sha384, "80e3889f16595105b3522047c1e668b4"},
+    {"SHA-512", DigestAlgorithm::Sha512, "da20b3b598f77f25e2e2d1941e345bfe"},
+    {"SHA-512/224", DigestAlgorithm::Sha512_224, "05daee229da360f57cf05fcb0b74bb07"},
+    {"SHA-512/256", DigestAlgorithm::Sha512_256, "a6cdb1c476398628b3625155dc6636bd"},
+    {"SHA3-224", DigestAlgorithm::Sha3_224, "5a13b16fee3d8e322d64bfe46cd25ddd"},
+    {"SHA3-256", DigestAlgorithm::Sha3_256, "d4daa4ebbd2c645f86ba95b6e1826396"},
+    {"SHA3-384", DigestAlgorithm::Sha3_384, "2e835ab5ddc0a40a779470230f52afb3"},
+    {"SHA3-512", DigestAlgorithm::Sha3_512, "896d0b00d5f8e862c70225dbf04329a0"},
     {"MD5", DigestAlgorithm::Md5, "eeb77f5f54b2e46b4849a40454d8e547"},
 };
 
@@ -66,7 +52,9 @@ void expectKnownDigests() {
             const Bytes digest = digestOf(known.algorithm, ByteView(message).first(size));
             digests.insert(digests.end(), digest.begin(), digest.end());
         }
-        EXPECT_EQ(digestOf(known.algorithm, digests), fromHex(known.ofPrefixes));
+        digests = digestOf(known.algorithm, digests);
+        digests.resize(16);
+        EXPECT_EQ(digests, fromHex(known.ofPrefixes));
     }
 }
 

@@ -97,59 +97,48 @@ TEST(RsaPkcs1Test, AcceptsOnlyTheSignatureItself) {
 
 // Keys of which one needs the whole of its encoding's first octet and the other one bit of it,
 // which no key of whole octets does. Made with Python; the message is "abc" as above, the octets of
-// the salt are 0, 1, 2 ..
+// the salt are 0, 1, 2 .. Nothing here depends on the size of real keys.
 TEST(RsaPssTest, FitsTheEncodingToTheKey) {
-    struct Key {
-        Bytes modulus, noSalt, longestSalt, bitBeyond;
+    const struct {
+        const char *modulus, *noSalt, *longestSalt, *bitBeyond;
         std::size_t longest;
-    };
-    const Key keys[] = {
-        {fromHex("01882b51cfd0dc365076010dd77a3661e0deb2be150ddf4a39b9dd0bfeef01c5b9dbb013b8035f86"
-                 "e3fc146634a32a7bf156fb30f3bc9072b34aa65698a5905cacc9"),
-         fromHex("0040b112411ed30673f2469f70fe07aadca02b4f6faff221fb5bab08ab5b1d9a0fbf1c115420fb51"
-                 "98c44bb4bdba9cb245af87fc30d4026d8b7c7985e7c44c36e786"),
-         fromHex("01095046fc3beb0a09e515e1e6ff596e56bc67d5303b184f4bb55867a8714ac30691b56c578485fb"
-                 "70f1e8f724adc05141f31a8feb8ea179e616b240cbd3046d96bc"),
-         fromHex("017455b744dcdeb6852069138b4c6e6c8cbdbc3fdf24add01bcead8aae454dc94b379a5a602baad7"
-                 "e1ab4b17f7cf913dc76b8516374416794fe796bf76324b80cc31"),
-         31},
-        {fromHex("030d157fea7ff151be51f9fda687522a3f62fa47a1e1d0720007900e45c3c916511f72f73a036828"
-                 "eefeecdb646ac903e46abd455bb3a07b07ec6061c1ee8e0fff0b"),
-         fromHex("00070d3da4719acc97a0ddc9de8f602ae342c2f55046e54af50d1d3af902165f483cf0c95f2ed6e4"
-                 "5e329f7f0ecbc9d4fa25bc6e6d3c64ec322ec66d1f0081b370e1"),
-         fromHex("009d53d1266980bef56e7fc7ee3ec5d086a4921a6401aaa52be7464ad6d4d6e3d02425916a078e4a"
-                 "db256a013da6d4d0e8de1aa65a4bc3bbf08a68d17fc1255ee2d0"),
-         fromHex("02779cb4de245d5bd986fc6791176b61a168695e7c3f33b522a411621522c522701002309e73811a"
-                 "1b00ffe86631c48d1ce11df3306c39546566774e8ccb9a920760"),
-         32},
+    } kKeys[] = {
+        {"0190a6463394556e0c1d0d35f6fdf44c89f4e91a9eb92a85961812b2edde78d87e67472cc30b",
+         "0168c44217ac50136325376ec66cb056075718d6d27a6981919c9afb36db39a5311b7462b1e7",
+         "00ba352445b897eafd112ef3f78c42c2ffee17877a7835aa01c64b00668af29f904597b28b23",
+         "018000129d3d934942b9cb74191bb83c7592b6d5809060433e534b2c79fdefde18516429c657", 3},
+        {"03a21beed50db43ecd9136b79b115941d1f4a79a76e5cf813665430a5d31828acda6816dc415",
+         "00c42b36647e07a57fb93425980e03be3c1158f1ddb8409860fc0c48a146d6b5aac52f74b3dd",
+         "011b713ae27d5a5a148ffe594fc2e7e65ba36db0a679ec8860ad0453741131a1daea7c1b90df",
+         "0272a5dd359e8b479236fe9e2b468de2c27e4a2d5f5f6ccadb2cb92a5303d93400d79d735353", 4},
     };
     const Bytes exponent = fromHex("010001"), digest = digestOfAbc();
-    for (const Key& key : keys) {
-        struct Case {
+    for (const auto& key : kKeys) {
+        const struct {
             const char* what;
             bool expected;
-            const Bytes& signature;
+            const char* signature;
             std::size_t saltSize;
-        };
-        const Case cases[] = {
+        } kCases[] = {
             {"no salt", true, key.noSalt, 0},
             {"no salt, and one is expected", false, key.noSalt, 1},
             {"the longest salt that fits", true, key.longestSalt, key.longest},
             {"a shorter one expected", false, key.longestSalt, key.longest - 1},
             {"one longer than fits", false, key.longestSalt, key.longest + 1},
             {"one longer than any", false, key.longestSalt, ~std::size_t{0}},
-            {"a bit above the encoding", false, key.bitBeyond, 7},
+            {"a bit above the encoding", false, key.bitBeyond, key.longest},
         };
-        for (const Case& row : cases) {
+        const Bytes modulus = fromHex(key.modulus), noSalt = fromHex(key.noSalt);
+        for (const auto& row : kCases) {
             const RsaPssOptions options{DigestAlgorithm::Sha256, DigestAlgorithm::Sha256,
                                         row.saltSize};
-            EXPECT_EQ(verifyRsaPss({key.modulus, exponent}, options, digest, row.signature),
+            EXPECT_EQ(verifyRsaPss({modulus, exponent}, options, digest, fromHex(row.signature)),
                       row.expected)
                 << row.what;
         }
-        const Bytes longDigest(64, 0x5a);
-        EXPECT_FALSE(verifyRsaPss({key.modulus, exponent}, {DigestAlgorithm::Sha512}, longDigest,
-                                  key.noSalt));
+        EXPECT_FALSE(
+            verifyRsaPss({modulus, exponent}, {DigestAlgorithm::Sha512}, Bytes(64), noSalt))
+            << "a digest longer than the key";
     }
 }
 

@@ -66,25 +66,13 @@ void* operator new(std::size_t size) {
 }
 
 // The forms for arrays too: under sanitizers they do not come through the above by themselves.
-void* operator new[](std::size_t size) {
-    return operator new(size);
-}
-
-void operator delete(void* place) noexcept {
-    giveBack(place);
-}
-
-void operator delete[](void* place) noexcept {
-    giveBack(place);
-}
-
-void operator delete[](void* place, std::size_t) noexcept {
-    giveBack(place);
-}
-
-void operator delete(void* place, std::size_t) noexcept {
-    giveBack(place);
-}
+// clang-format off
+void* operator new[](std::size_t size) { return operator new(size); }
+void operator delete(void* place) noexcept { giveBack(place); }
+void operator delete[](void* place) noexcept { giveBack(place); }
+void operator delete[](void* place, std::size_t) noexcept { giveBack(place); }
+void operator delete(void* place, std::size_t) noexcept { giveBack(place); }
+// clang-format on
 
 namespace {
 
@@ -121,8 +109,7 @@ void learnSecrets(certstore::ByteView pfx, const std::string& password) {
 TEST(LeftoverSecrets, NoBlockHoldsThemWhenItIsFreed) {
     const std::string password = "a password of some length";
     DataBuffer pfx;
-    const std::string bytes = testfiles::readFile(testfiles::data("pfx-long-password.p12"));
-    pfx.append(certstore::bytesOf(bytes));
+    testfiles::loadFile("pfx-long-password.p12", pfx);
     learnSecrets(pfx.view(), password);
     ASSERT_GT(g_secretCount, 8U);
 

@@ -5,8 +5,6 @@
 #include <iostream>
 #include <set>
 
-#include "support/crypto/Digest.h"
-#include "support/encoding/Hex.h"
 #include "support/log/LogText.h"
 #include "support/pkcs12/Pkcs12.h"
 #include "tests/common/TestFiles.h"
@@ -16,10 +14,9 @@ namespace {
 using testfiles::listCell;
 using testfiles::Row;
 
-std::string shortSha256(const DataBuffer& bytes) {
+std::string shortSha256(certstore::ByteView bytes) {
     StringBuffer hex;
-    certstore::appendHex(
-        hex, computeDigest(certstore::DigestAlgorithm::Sha256, bytes.view()).view().first(8));
+    hex.append(testfiles::sha256Of(bytes).substr(0, 16));
     hex.toLowerCase();
     return hex.getString();
 }
@@ -36,12 +33,9 @@ void compareContents(const Row& row, const Pkcs12& container) {
     std::set<std::string> keys;
     for (int i = 0; i < container.get_NumCerts(); ++i) {
         X509Certificate& cert = *container.getPkcs12Cert(i, log);
-        DataBuffer der, spki;
-        cert.getDEREncodedCert(der);
-        cert.getPublicKeyAsDER(spki, log);
-        certs.insert(shortSha256(der));
+        certs.insert(shortSha256(cert.getX509Ptr()->der()));
         if (cert.hasPrivateKey(false, log))
-            keys.insert(shortSha256(spki));
+            keys.insert(shortSha256(cert.getX509Ptr()->spki()));
     }
     EXPECT_EQ(certs, cells(row.at("certs_sha256")));
     EXPECT_EQ(std::to_string(container.get_NumPrivateKeys()), row.at("n_keys"));

