@@ -40,10 +40,6 @@ Certs loadCerts(const std::string& name) {
     return certs;
 }
 
-ZorvenOwner<CertificateHolder> loadCert(const std::string& name) {
-    return std::move(loadCerts(name).at(0));
-}
-
 ZorvenOwner<CertificateHolder> loadCert(const std::string& name, std::string_view inSubject) {
     for (auto& holder : loadCerts(name))
         if (certOf(holder).getX509Ptr()->subjectText().find(inSubject) != std::string_view::npos)
@@ -58,6 +54,13 @@ ZorvenOwner<CertificateHolder> parseCert(certstore::ByteView der, LogBase& log) 
 
 std::string derOf(const X509Certificate& cert) {
     return std::string(certstore::textOf(cert.getX509Ptr()->der()));
+}
+
+std::string repeated(int count, const std::string& text) {
+    std::string all;
+    for (int i = 0; i < count; ++i)
+        all += text;
+    return all;
 }
 
 std::string edited(std::string bytes, std::string_view from, std::string_view to) {
@@ -106,24 +109,26 @@ std::filesystem::path vectors() {
     return CERTSTORE_VECTORS;
 }
 
+namespace {
+
+std::vector<std::string> split(const std::string& text, char separator) {
+    std::vector<std::string> parts;
+    std::istringstream in(text + separator);
+    for (std::string part; std::getline(in, part, separator);)
+        parts.push_back(part);
+    return parts;
+}
+
+}  // namespace
+
 std::vector<Row> readTable(const std::filesystem::path& path) {
     std::istringstream lines(readFile(path));
-    const auto split = [](const std::string& line) {
-        std::vector<std::string> cells(1);
-        for (const char c : line) {
-            if (c == '\t')
-                cells.emplace_back();
-            else
-                cells.back() += c;
-        }
-        return cells;
-    };
     std::string line;
     std::getline(lines, line);
-    const std::vector<std::string> names = split(line);
+    const std::vector<std::string> names = split(line, '\t');
     std::vector<Row> rows;
     while (std::getline(lines, line)) {
-        std::vector<std::string> cells = split(line);
+        std::vector<std::string> cells = split(line, '\t');
         cells.resize(names.size());
         Row& row = rows.emplace_back();
         for (std::size_t i = 0; i < names.size(); ++i)
@@ -147,10 +152,9 @@ std::string textCell(const std::string& cell) {
 }
 
 std::vector<std::string> listCell(const std::string& cell) {
-    std::vector<std::string> values;
-    std::istringstream parts(cell + '|');
-    for (std::string part; std::getline(parts, part, '|');)
-        values.push_back(textCell(part));
+    std::vector<std::string> values = split(cell, '|');
+    for (std::string& value : values)
+        value = textCell(value);
     return values;
 }
 

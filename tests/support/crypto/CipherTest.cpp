@@ -7,13 +7,14 @@
 #include "support/crypto/Aes.h"
 #include "support/crypto/Cbc.h"
 #include "support/crypto/Des.h"
+#include "support/crypto/Digest.h"
 #include "support/crypto/InstructionSets.h"
 #include "support/crypto/Rc2.h"
 #include "support/crypto/Rc4.h"
 #include "support/crypto/Sha2.h"
 #include "support/crypto/Sha3.h"
 #include "support/crypto/TripleDes.h"
-#include "tests/support/crypto/Pattern.h"
+#include "tests/support/crypto/Bytes.h"
 #include "tests/support/crypto/Vectors.h"
 
 namespace certstore {
@@ -60,12 +61,8 @@ Bytes makeKey(std::size_t size) {
 // A key of the octets 0f, 16, 1d .., 7 apart, and 16 octets of the SHA-256 of what it decrypts 4000
 // octets of the pattern to, which takes every table through all of its entries. Computed with
 //   openssl enc -d -provider legacy -provider default -<cipher>-ecb -K <key> -nopad | sha256sum
-constexpr struct {
-    const char* what;
-    Bytes (*decrypt)(const Bytes& key, std::size_t effectiveBits, Bytes blocks);
-    std::size_t keySize, effectiveBits;
-    const char* digest;
-} kKnownStreams[] = {
+using Decrypt = Bytes (*)(const Bytes& key, std::size_t effectiveBits, Bytes blocks);
+constexpr std::tuple<const char*, Decrypt, std::size_t, std::size_t, const char*> kStreams[] = {
     {"aes-128", decryptAll<AesDecryptor>, 16, kWholeKey, "d13be40f32e26e5912cc3943494803dc"},
     {"aes-192", decryptAll<AesDecryptor>, 24, kWholeKey, "7eb8e7e9c52c505ecac2c87ddf6b25e2"},
     {"aes-256", decryptAll<AesDecryptor>, 32, kWholeKey, "bac72749378bf9e1793933475c1aaae1"},
@@ -76,11 +73,9 @@ constexpr struct {
 };
 
 void expectKnownStreams() {
-    for (const auto& known : kKnownStreams)
-        EXPECT_EQ(fingerprint(known.decrypt(makeKey(known.keySize), known.effectiveBits,
-                                            makePattern(4000))),
-                  fromHex(known.digest))
-            << known.what;
+    for (const auto& [what, decrypt, keySize, bits, known] : kStreams)
+        EXPECT_EQ(fingerprint(decrypt(makeKey(keySize), bits, makePattern(4000))), fromHex(known))
+            << what;
 }
 
 TEST(CipherTest, DecryptsByTheBestCodeForThisProcessor) {
@@ -152,27 +147,22 @@ TEST(CipherTest, DecryptsFilesInCbcMode) {
                "3477b537cc4821683032ea0b4ef1e617cb2a1bd725165906");
 }
 
-TEST(CipherTest, RefusesFilesThatAreNotWhatTheySay) {
-    const Bytes iv = makePattern(16), whole = fromHex(kAesFile);
-    Bytes otherEnd = whole;
-    otherEnd[15] ^= 0x01;  // the last octet of the padding
-    const struct {
-        const char* what;
-        Bytes iv, ciphertext;
-    } kRows[] = {
-        {"wrong padding", iv, otherEnd},
-        {"part of a block", iv, Bytes(whole.begin(), whole.end() - 1)},
-        {"nothing", iv, {}},
+TEST(CipherTest, RefusesFilesOfWrongSize) {
+    const Bytes whole = fromHex(kAesFile);
+    const std::tuple<const char*, Bytes, Bytes> kRows[] = {
+        {"one block: no padding", makePattern(16), Bytes(whole.begin(), whole.begin() + 16)},
+        {"part of a block", makePattern(16), Bytes(whole.begin(), whole.end() - 1)},
+        {"nothing", makePattern(16), {}},
         {"short IV", makePattern(15), whole},
         {"long IV", makePattern(17), whole},
     };
     AesDecryptor cipher;
     ASSERT_TRUE(cipher.setKey(makeKey(32)));
-    for (const auto& row : kRows) {
+    for (const auto& [what, iv, ciphertext] : kRows) {
         DataBuffer plain;
         plain.append(bytesOf("what was there before"));
-        EXPECT_FALSE(decryptCbc(cipher, row.iv, row.ciphertext, plain)) << row.what;
-        EXPECT_EQ(plain.getSize(), 0u) << row.what;
+        EXPECT_FALSE(decryptCbc(cipher, iv, ciphertext, plain)) << what;
+        EXPECT_EQ(plain.getSize(), 0u) << what;
     }
 }
 

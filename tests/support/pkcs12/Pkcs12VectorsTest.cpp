@@ -55,7 +55,7 @@ bool needsCipherNotRead(const Row& row) {
 TEST(Pkcs12Vectors, OpenAsTheTableSays) {
     if (testfiles::vectors().empty())
         GTEST_SKIP() << "no vectors";
-    int opened = 0, refused = 0, unread = 0, free = 0;
+    int opened = 0;
     for (const Row& row : testfiles::readTable(testfiles::vectors() / "p12.tsv")) {
         SCOPED_TRACE(row.at("file") + " " + row.at("algorithms") + " " + row.at("mac"));
         const std::string bytes =
@@ -69,7 +69,6 @@ TEST(Pkcs12Vectors, OpenAsTheTableSays) {
         const bool good = container.pkcs12FromDb(
             pfx, password == "(null)" ? nullptr : password.c_str(), macVerified, log);
         if (needsCipherNotRead(row)) {
-            ++unread;
             EXPECT_NE(log.getText().find("unknown algorithm 1."), std::string::npos);
         } else if (row.at("should_open") == "yes") {
             ++opened;
@@ -77,16 +76,12 @@ TEST(Pkcs12Vectors, OpenAsTheTableSays) {
             if (good)
                 compareContents(row, container);
         } else if (row.at("should_open") == "no") {
-            ++refused;
             EXPECT_FALSE(good);
-        } else {
-            ++free;
         }
         EXPECT_EQ(log.getText().find("ERROR: ") == std::string::npos, good) << log.getText();
         EXPECT_EQ(macVerified, good && row.at("mac") != "none");
     }
-    std::cout << opened << " opened, " << refused << " refused, " << unread
-              << " of ciphers not read, " << free << " free\n";
+    std::cout << opened << " opened\n";
     EXPECT_GT(opened, 100);
 }
 

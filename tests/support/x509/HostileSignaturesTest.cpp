@@ -17,7 +17,7 @@ constexpr char kOutOfRange[] = "The ECDSA signature is out of range.";
 constexpr char kMalformed[] = "The ECDSA signature is malformed.";
 
 void setSignature(SignatureParts& parts, const std::string& r, const std::string& s) {
-    parts.signature = SignatureParts::copy(bytesOf(dertext::sequence(der(2, r) + der(2, s))));
+    parts.signature = toBytes(bytesOf(dertext::sequence(der(2, r) + der(2, s))));
 }
 
 std::string orderOfP256() {
@@ -28,11 +28,7 @@ std::string orderOfP256() {
 TEST(HostileSignatures, AreRefusedFirst) {
     using Parts = SignatureParts;
     const char *kP256 = "ECDSA P-256 SHA-256", *kEd25519 = "Ed25519", *kDsa2048 = "DSA-2048";
-    const struct {
-        const char *what, *cert;
-        void (*spoil)(Parts&);
-        const char* reason;
-    } kCases[] = {
+    const std::tuple<const char*, const char*, void (*)(Parts&), const char*> kCases[] = {
         {"as it came", kP256, [](Parts&) {}, ""},
         {"infinity", kP256, [](Parts& p) { p.keyBits = {0}; }, kNotAPoint},
         {"off the curve", kP256, [](Parts& p) { p.keyBits.back() ^= 1; }, kNotAPoint},
@@ -61,10 +57,10 @@ TEST(HostileSignatures, AreRefusedFirst) {
          "The DSA signature is malformed."},
         {"another text", kDsa2048, [](Parts& p) { p.tbs.back() ^= 1; }, kSignatureDoesNotMatch},
     };
-    for (const auto& row : kCases) {
-        Parts parts("algorithms.pem", row.cert);
-        row.spoil(parts);
-        EXPECT_EQ(parts.verify(), row.reason) << row.what;
+    for (const auto& [what, cert, spoil, reason] : kCases) {
+        Parts parts("algorithms.pem", cert);
+        spoil(parts);
+        EXPECT_EQ(parts.verify(), reason) << what;
     }
 }
 

@@ -13,14 +13,8 @@ namespace {
 
 using testfiles::certOf;
 
-struct NameCase {
-    const char* sentence;
-    const char* subject;  // no-tags form
-    const char* cn;
-};
-
-// In the order of names.pem.
-const NameCase kNames[] = {
+// In the order of names.pem: what the name is about, the subject without tags, its CN.
+const std::tuple<const char*, const char*, const char*> kNames[] = {
     {"blank in front", "CN=\\ leading, C=XX", " leading"},
     {"blank behind", "CN=trailing\\ , C=XX", "trailing "},
     {"number sign in front", "CN=\\#hash, C=XX", "#hash"},
@@ -49,19 +43,19 @@ TEST(Names, AreEscapedExactly) {
     ASSERT_EQ(certs.size(), std::size(kNames));
     LogNull log;
     for (std::size_t i = 0; i < certs.size(); ++i) {
-        const NameCase& c = kNames[i];
+        const auto& [sentence, name, expectedCN] = kNames[i];
         XString subject, issuer, cn;
         EXPECT_TRUE(certOf(certs[i]).getSubjectDN_noTags(subject, log));
         EXPECT_TRUE(certOf(certs[i]).getIssuerDN_noTags(issuer, log));
         EXPECT_TRUE(certOf(certs[i]).getSubjectPart("cn", cn, log));
-        EXPECT_STREQ(subject.getUtf8(), c.subject) << c.sentence;
-        EXPECT_STREQ(issuer.getUtf8(), c.subject) << c.sentence;
-        EXPECT_STREQ(cn.getUtf8(), c.cn) << c.sentence;
+        EXPECT_STREQ(subject.getUtf8(), name) << sentence;
+        EXPECT_STREQ(issuer.getUtf8(), name) << sentence;
+        EXPECT_STREQ(cn.getUtf8(), expectedCN) << sentence;
         EXPECT_TRUE(certOf(certs[i]).isIssuerSelf(log));
         // What we write, we read: the CN comes back from the text.
         StringBuffer typed;
         EXPECT_TRUE(DistinguishedName::getDnPart(subject.getUtf8(), "CN", typed, log));
-        EXPECT_STREQ(typed.getString(), c.cn) << c.sentence;
+        EXPECT_STREQ(typed.getString(), expectedCN) << sentence;
     }
 }
 
@@ -98,13 +92,8 @@ TEST(Names, ThatBreakTheirStringTypeAreRefused) {
 }
 
 TEST(DistinguishedName, ReadsWhatPeopleType) {
-    struct Case {
-        const char* sentence;
-        const char* dn;
-        const char* part;
-        const char* value;  // null: none
-    };
-    const Case cases[] = {
+    // The last is null where there is no value.
+    const std::tuple<const char*, const char*, const char*, const char*> kCases[] = {
         {"as certificates write it", "CN=Example CA, O=Example", "CN", "Example CA"},
         {"blanks around the signs", "O = Example ,  CN = Example CA  ", "CN", "Example CA"},
         {"names in any case", "cn=Example CA", "CN", "Example CA"},
@@ -135,11 +124,11 @@ TEST(DistinguishedName, ReadsWhatPeopleType) {
         {"null", nullptr, "CN", nullptr},
     };
     LogNull log;
-    for (const Case& c : cases) {
+    for (const auto& [sentence, dn, part, expected] : kCases) {
         StringBuffer value;
-        EXPECT_EQ(DistinguishedName::getDnPart(c.dn, c.part, value, log), c.value != nullptr)
-            << c.sentence;
-        EXPECT_STREQ(value.getString(), c.value ? c.value : "") << c.sentence;
+        EXPECT_EQ(DistinguishedName::getDnPart(dn, part, value, log), expected != nullptr)
+            << sentence;
+        EXPECT_STREQ(value.getString(), expected ? expected : "") << sentence;
     }
 }
 

@@ -95,11 +95,7 @@ TEST(PublicHalf, InTheEncodingIsNotBelieved) {
     constexpr const char* kWrong = "ERROR: The private key's public half does not belong to it.\n";
     constexpr const char* kRange = "ERROR: The private key is out of range for its kind.\n";
     constexpr const char* kMalformed = "ERROR: Not an unencrypted PKCS#8 private key.\n";
-    const struct {
-        const char* sentence;
-        Bytes pkcs8;
-        const char* error;
-    } kCases[] = {
+    const std::tuple<const char*, Bytes, const char*> kCases[] = {
         {"EC, the right one", pkcs8(ec + p256, ecKey(scalar, bits(point))), ""},
         {"EC, the right one compressed", pkcs8(ec + p256, ecKey(scalar, bits(compressed))), ""},
         {"EC, a wrong one", pkcs8(ec + p256, ecKey(scalar, bits(changed(point)))), kWrong},
@@ -112,12 +108,11 @@ TEST(PublicHalf, InTheEncodingIsNotBelieved) {
         {"Ed25519, too short", pkcs8(ed, octets(Bytes(31, 'x'))), kRange},
         {"Ed25519, not wrapped", pkcs8(ed, seed.substr(2)), kMalformed},
     };
-    for (const auto& c : kCases) {
+    for (const auto& [sentence, pkcs8, error] : kCases) {
         _zvPublicKey key;
-        EXPECT_EQ(load(c.pkcs8, key), c.error) << c.sentence;
-        const _zvPublicKey publicKey(bytesOf(c.sentence[1] == 'C' ? ecPair.spki : edPair.spki));
-        EXPECT_EQ(publicKey.match(key), *c.error ? KeyMatch::Unknown : KeyMatch::Same)
-            << c.sentence;
+        EXPECT_EQ(load(pkcs8, key), error) << sentence;
+        const _zvPublicKey publicKey(bytesOf(sentence[1] == 'C' ? ecPair.spki : edPair.spki));
+        EXPECT_EQ(publicKey.match(key), *error ? KeyMatch::Unknown : KeyMatch::Same) << sentence;
     }
 }
 

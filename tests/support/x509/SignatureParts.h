@@ -25,12 +25,12 @@ struct SignatureParts {
         EXPECT_TRUE(readPublicKeyInfo(cert.spki(), key));
         scheme = algorithm.scheme;
         digest = algorithm.digest;
-        parameters = copy(encodedParameters);
-        tbs = copy(cert.tbs());
-        signature = copy(cert.signature());
-        keyAlgorithm = copy(key.algorithm);
-        keyParameters = copy(key.parameters);
-        keyBits = copy(key.bits);
+        parameters = toBytes(encodedParameters);
+        tbs = toBytes(cert.tbs());
+        signature = toBytes(cert.signature());
+        keyAlgorithm = toBytes(key.algorithm);
+        keyParameters = toBytes(key.parameters);
+        keyBits = toBytes(key.bits);
     }
 
     // Why it does not verify; empty when it does.
@@ -39,6 +39,4 @@ struct SignatureParts {
             {digest, parameters, tbs, signature, {keyAlgorithm, keyParameters, keyBits}});
         return reason ? reason : "";
     }
-
-    static Bytes copy(certstore::ByteView bytes) { return {bytes.begin(), bytes.end()}; }
 };

@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <thread>
-
 #include "support/log/LogNull.h"
 #include "support/log/LogText.h"
 #include "support/x509/SignatureAlgorithms.h"
@@ -16,10 +14,8 @@ using testfiles::loadCert;
 
 TEST(Signatures, VerifyOrSayWhyNot) {
     const char* kNoMatch = "ERROR: The signature does not match.\n";
-    const struct {
-        const char *sentence, *cert, *issuer;
-        const char* error;  // empty: verifies
-    } kCases[] = {
+    // No error: it verifies.
+    const std::tuple<const char*, const char*, const char*, const char*> kCases[] = {
         {"RSA SHA-224", "rsa-leaf-sha224.pem", "rsa-root.pem", ""},
         {"RSA SHA-384", "rsa-leaf-sha384.pem", "rsa-root.pem", ""},
         {"RSA SHA-512", "rsa-leaf-sha512.pem", "rsa-root.pem", ""},
@@ -29,8 +25,7 @@ TEST(Signatures, VerifyOrSayWhyNot) {
         {"the key of another curve", "p384-leaf-sha256.pem", "root.pem",
          "ERROR: The ECDSA signature is out of range.\n"},
         {"a signed byte changed", "tampered.pem", "root.pem", kNoMatch},
-        {"self-issued, signed by another", "self-issued-bad-sig.pem", "self-issued-bad-sig.pem",
-         kNoMatch},
+        {"signed by another key", "self-issued-bad-sig.pem", "self-issued-bad-sig.pem", kNoMatch},
         {"RSA signature, EC key", "ec-below-rsa.pem", "root.pem",
          "ERROR: The signature algorithm is sha256WithRSAEncryption, which the issuer's key does "
          "not fit: EC P-256.\n"},
@@ -41,25 +36,21 @@ TEST(Signatures, VerifyOrSayWhyNot) {
          "ERROR: The certificate names two different signature algorithms.\n"},
         {"RSASSA-PSS, defaults", "pss-defaults.pem", "pss-defaults.pem", ""},
     };
-    for (const auto& c : kCases) {
-        const auto cert = loadCert(c.cert), issuer = loadCert(c.issuer);
+    for (const auto& [sentence, certFile, issuerFile, error] : kCases) {
+        const auto cert = loadCert(certFile), issuer = loadCert(issuerFile);
         LogText log;
-        EXPECT_EQ(certOf(cert).verifyCertSignature(&certOf(issuer), log), *c.error == '\0')
-            << c.sentence;
-        EXPECT_EQ(log.getText(), c.error) << c.sentence;
+        EXPECT_EQ(certOf(cert).verifyCertSignature(&certOf(issuer), log), *error == '\0');
+        EXPECT_EQ(log.getText(), error) << sentence;
     }
 }
 
-TEST(SignatureMemory, HoldsTheWholeOfOneKeyWhoeverAsksFirst) {
+TEST(SignatureMemory, HoldsTheWholeOfOneKey) {
     using certstore::bytesOf;
     certstore::SignatureMemory memory;
     EXPECT_FALSE(memory.isGoodUnder(bytesOf("")));
     EXPECT_FALSE(memory.isGoodUnder(bytesOf("key")));
-    const auto remember = [&](const char* key) { memory.rememberGood(bytesOf(key)); };
-    std::thread threads[] = {std::thread(remember, "key"), std::thread(remember, "key")};
-    for (std::thread& thread : threads)
-        thread.join();
-    memory.rememberGood(bytesOf("other"));
+    for (const char* key : {"key", "other"})
+        memory.rememberGood(bytesOf(key));
     const std::string elsewhere = "keys";
     EXPECT_TRUE(memory.isGoodUnder(bytesOf(elsewhere.substr(0, 3))));
     for (const char* key : {"", "ke", "kex", "keys", "other"})
