@@ -37,13 +37,8 @@ TEST_F(CertRepositoryFindTest, SerialNumberAndIssuerInAFixedOrder) {
     const std::string serial = serialOf(inner);
     constexpr const char* kNameless = "O=Example Org without Common Name, C=XX";
     constexpr const char* kPadded = " O=Example Org without Common Name, C=XX";
-    const struct {
-        const char* sentence;
-        std::string serial;
-        const char *cn, *dn;
-        X509Certificate* found;
-        const char* sbCN;
-    } kRows[] = {
+    using Text = const char*;
+    const std::tuple<Text, std::string, Text, Text, X509Certificate*, Text> kRows[] = {
         {"no issuer at all", serial, nullptr, nullptr, nullptr, nullptr},
         {"the CN comes before the DN", serial, "Example Root", kNameless, &outer, nullptr},
         {"then the DN as given", serial, "Wrong", kNameless, &nameless, nullptr},
@@ -56,14 +51,15 @@ TEST_F(CertRepositoryFindTest, SerialNumberAndIssuerInAFixedOrder) {
         {"it may lack the zero byte", "a1b2c3", "Example CA", nullptr, &zeros, nullptr},
         {"with the DN too", "a1b2c3", nullptr, "CN=Example CA, O=Other", &zeros, "Example CA"},
         {"or have one too many", "000a1b", "Example CA", nullptr, &plain, nullptr},
+        {"but not two", "00000a1b", "Example CA", nullptr, nullptr, nullptr},
         {"a blank DN is none", "0a1b", nullptr, " \t ", nullptr, nullptr},
         {"a DN without CN", "0a1b", nullptr, "O=Example", nullptr, nullptr},
     };
-    for (const auto& row : kRows) {
-        SCOPED_TRACE(row.sentence);
+    for (const auto& [sentence, wanted, cn, dn, found, triedCN] : kRows) {
+        SCOPED_TRACE(sentence);
         LogText log;
-        EXPECT_EQ(repository.crpFindCert(row.serial.c_str(), row.cn, row.dn, log), row.found);
-        const std::string sbCN = row.sbCN ? "    sbCN: " + std::string(row.sbCN) + "\n" : "";
+        EXPECT_EQ(repository.crpFindCert(wanted.c_str(), cn, dn, log), found);
+        const std::string sbCN = triedCN ? "    sbCN: " + std::string(triedCN) + "\n" : "";
         EXPECT_EQ(log.getText(), "findCertB:\n" + sbCN);
     }
 }

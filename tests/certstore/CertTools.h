@@ -78,15 +78,10 @@ protected:
     // A certificate that has `to` wherever `from`, as long, stands in the encoding of this one. Its
     // signature no longer verifies.
     X509Certificate& edited(X509Certificate& cert, std::string_view from, std::string_view to) {
-        std::string der(certstore::textOf(cert.getX509Ptr()->der()));
-        for (std::size_t at = 0; (at = der.find(from, at)) != std::string::npos; at += to.size())
-            der.replace(at, from.size(), to);
-        return keep(der);
+        return keep(testfiles::edited(testfiles::derOf(cert), from, to));
     }
     X509Certificate& keep(const std::string& der) {
-        const auto* bytes = reinterpret_cast<const unsigned char*>(der.data());
-        m_kept.emplace_back(CertificateHolder::createFromDer(
-            bytes, static_cast<unsigned int>(der.size()), nullptr, g_quiet));
+        m_kept.push_back(testfiles::parseCert(certstore::bytesOf(der), g_quiet));
         return testfiles::certOf(m_kept.back());
     }
     X509Certificate& withSerialOf(X509Certificate& other, X509Certificate& cert) {

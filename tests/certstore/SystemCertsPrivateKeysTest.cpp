@@ -21,8 +21,7 @@ constexpr struct {
     const char *log, *logOfFirst;
 } kRows[] = {
     {"no certificate", NoCert, "", ""},
-    {"a certificate without key", NoKey, "+   gotPrivKeyDer: false\n+   keyNotExporable: false\n",
-     ""},
+    {"a certificate alone", NoKey, "+   gotPrivKeyDer: false\n+   keyNotExporable: false\n", ""},
     {"a key", WithKey, "+   gotPrivKeyDer: true\n", ""},
     {"a key that may not be handed out, before one that may", NotExportable,
      "+   gotPrivKeyDer: false\n+   keyNotExporable: true\n", "    No private key available.\n"},

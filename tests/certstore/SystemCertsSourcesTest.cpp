@@ -9,24 +9,6 @@ namespace {
 
 using SystemCertsSourcesTest = StoreTest;
 
-// What adding one certificate writes to a log that is not verbose, `indent` columns to the right.
-std::string added(int count, std::size_t indent, bool direct = false) {
-    const std::string blanks(indent, ' '), step(direct ? 0 : 4, ' ');
-    std::string text;
-    for (int i = 0; i < count; ++i) {
-        if (!direct)
-            text += blanks + "addCertificate_2:\n";
-        text += blanks + step + "addCertificate_3:\n";
-        text += blanks + step + "    constructSerialIssuerHashKey:\n";
-    }
-    return text;
-}
-
-void loadPfx(const std::string& file, DataBuffer& pfx) {
-    const std::string bytes = testfiles::readFile(testfiles::data(file));
-    pfx.append(certstore::bytesOf(bytes));
-}
-
 constexpr struct {
     const char* sentence;
     const char *file, *password;
@@ -35,10 +17,8 @@ constexpr struct {
     const char* handedOut;  // the file of the certificate; null: none
     const char* error;
 } kRows[] = {
-    {"leaf, key and chain: the leaf comes back", "pfx-modern.p12", "password", true, 3, 1,
-     "leaf.pem", ""},
-    {"no key: the first certificate comes back", "pfx-nokeys.p12", "password", true, 1, 0,
-     "rsa-leaf.pem", ""},
+    {"with a chain: the leaf comes back", "pfx-modern.p12", "password", true, 3, 1, "leaf.pem", ""},
+    {"no key: the first comes back", "pfx-nokeys.p12", "password", true, 1, 0, "rsa-leaf.pem", ""},
     {"no certificate", "pfx-nocerts.p12", "password", true, 0, 1, nullptr, ""},
     {"wrong password", "pfx-modern.p12", "passwort", false, 0, 0, nullptr,
      "        ERROR: MAC does not match: wrong password or damaged.\n"
@@ -51,17 +31,20 @@ TEST_F(SystemCertsSourcesTest, PfxFilesAreAddedWithTheirKeys) {
     for (const auto& row : kRows) {
         SCOPED_TRACE(row.sentence);
         DataBuffer pfx;
-        loadPfx(row.file, pfx);
+        testfiles::loadFile(row.file, pfx);
         SystemCerts store;
         CertificateHolder* out = reinterpret_cast<CertificateHolder*>(this);
         int keys = 7;
         LogText log;
         EXPECT_EQ(store.addPfxSource(pfx, row.password, &out, keys, log), row.good);
         const ZorvenOwner<CertificateHolder> owner(out);
-        const std::string import = row.good ? "    addPkcs12:\n        numCerts: "
-                + std::to_string(row.certs) + "\n" + added(row.certs, 8)
-                                            : row.error;
-        EXPECT_EQ(log.getText(), "addPfxSource:\n    pkcs12FromDb:\n" + import);
+        const std::string added = "    addPkcs12:\n        numCerts: " + std::to_string(row.certs)
+            + "\n"
+            + testfiles::repeated(row.certs,
+                                  "        addCertificate_2:\n            addCertificate_3:\n"
+                                  "                constructSerialIssuerHashKey:\n");
+        EXPECT_EQ(log.getText(),
+                  "addPfxSource:\n    pkcs12FromDb:\n" + (row.good ? added : row.error));
         EXPECT_EQ(keys, row.keys);
         ASSERT_EQ(out != nullptr, row.handedOut != nullptr);
         if (!out)
@@ -83,29 +66,14 @@ TEST_F(SystemCertsSourcesTest, AnEmptyPfxLeavesTheHolderAsItWas) {
     EXPECT_FALSE(store.addPfxSource(empty, "password", &out, keys, log));
     EXPECT_EQ(out, preset.get());
     EXPECT_EQ(keys, 0);
+    EXPECT_TRUE(store.addPkcs12(*std::make_unique<Pkcs12>(), nullptr, g_quiet));
     EXPECT_EQ(log.getText(), "addPfxSource:\n");
-}
-
-TEST_F(SystemCertsSourcesTest, KeysOfAContainerMayBeKeptInTheStore) {
-    DataBuffer pfx, key;
-    loadPfx("pfx-quick.p12", pfx);
-    SystemCerts store;
-    {
-        Pkcs12 container;
-        bool macVerified = false;
-        ASSERT_TRUE(container.pkcs12FromDb(pfx, "password", macVerified, g_quiet));
-        container.setKeysNotExportable();
-        ASSERT_TRUE(store.addPkcs12(container, nullptr, g_quiet));
-    }
-    bool notExportable = false;
-    EXPECT_FALSE(store.findFirstPrivateKeyInRepos(key, nullptr, notExportable, g_quiet));
-    EXPECT_TRUE(notExportable);
 }
 
 TEST_F(SystemCertsSourcesTest, VaultsAreAddedWhatEverHappens) {
     CertMgr vault;
     DataBuffer pfx;
-    loadPfx("pfx-quick.p12", pfx);
+    testfiles::loadFile("pfx-quick.p12", pfx);
     SystemCerts store;
     LogText log;
     EXPECT_TRUE(store.addCertVault(vault, log));
@@ -113,24 +81,13 @@ TEST_F(SystemCertsSourcesTest, VaultsAreAddedWhatEverHappens) {
     ASSERT_TRUE(vault.addPfx(pfx, "password", g_quiet));
     log.clear();
     EXPECT_TRUE(store.addCertVault(vault, log));
-    EXPECT_EQ(log.getText(), "addCertVault:\n" + added(3, 4, true));
+    EXPECT_EQ(log.getText(),
+              "addCertVault:\n"
+                  + testfiles::repeated(
+                      3, "    addCertificate_3:\n        constructSerialIssuerHashKey:\n"));
     DataBuffer key;
     bool notExportable = false;
     EXPECT_TRUE(store.findFirstPrivateKeyInRepos(key, nullptr, notExportable, g_quiet));
-}
-
-TEST_F(SystemCertsSourcesTest, DerIsAddedOrRefusedWithItsReason) {
-    DataBuffer der;
-    cert("root.pem").getDEREncodedCert(der);
-    SystemCerts store;
-    LogText log;
-    EXPECT_TRUE(store.addCertDer(der, log));
-    EXPECT_EQ(log.getText(), "addCertDer:\n" + added(1, 4, true));
-    log.clear();
-    der.shrink(der.getSize() - 1);
-    EXPECT_FALSE(store.addCertDer(der, log));
-    EXPECT_EQ(log.getText(),
-              "addCertDer:\n    ERROR: Not a certificate: cannot read certificate at byte 0.\n");
 }
 
 }  // namespace

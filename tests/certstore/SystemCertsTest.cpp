@@ -50,6 +50,8 @@ TEST_F(SystemCertsTest, OperationsNestTheirContexts) {
     X509Certificate& leaf = cert("leaf.pem");
     DataBuffer der;
     leaf.getDEREncodedCert(der);
+    DataBuffer cut;
+    cut.append(der.getData2(), der.getSize() - 1);
     XString dn, nobody, empty;
     dn.appendUtf8(dnOf(leaf).c_str());
     nobody.appendUtf8("CN=Nobody");
@@ -58,6 +60,7 @@ TEST_F(SystemCertsTest, OperationsNestTheirContexts) {
         "addCertDer:\n    addCertificate_3:\n        constructSerialIssuerHashKey:\n"
         "+       certHashEntryB: $serial:Example Intermediate\n"
         "+       skiHashKey: SubjectKeyId:$ski\n"
+        "addCertDer:\n    ERROR: Not a certificate: cannot read certificate at byte 0.\n"
         "addCertificate_2:\n    addCertificate_3:\n        constructSerialIssuerHashKey:\n"
         "+       skiHashKey: SubjectKeyId:$ski\n"
         "+       The cert hash map already contains this skiHashKey...\n"
@@ -83,6 +86,7 @@ TEST_F(SystemCertsTest, OperationsNestTheirContexts) {
         {{"$serial", serial}, {"$ski", keyIdOf(leaf)}}, [&](LogBase& log) {
             SystemCerts source, store;
             EXPECT_TRUE(source.addCertDer(der, log));
+            EXPECT_FALSE(source.addCertDer(cut, log));
             EXPECT_TRUE(source.addCertificate(&leaf, log));
             EXPECT_FALSE(source.addCertificate(nullptr, log));
             EXPECT_TRUE(store.mergeSysCerts(source, log));

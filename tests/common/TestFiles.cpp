@@ -4,6 +4,7 @@
 #include <sstream>
 #include <stdexcept>
 
+#include "support/crypto/Digest.h"
 #include "support/encoding/Base64.h"
 #include "support/encoding/Hex.h"
 #include "support/encoding/Pem.h"
@@ -32,21 +33,68 @@ Certs loadCerts(const std::string& name) {
     LogNull quiet;
     Certs certs;
     while (blocks.next(der)) {
-        certs.emplace_back(
-            CertificateHolder::createFromDer(der.getData2(), der.getSize(), nullptr, quiet));
+        certs.push_back(parseCert(der.view(), quiet));
         if (!certs.back())
             throw std::runtime_error("no certificate in " + name);
     }
     return certs;
 }
 
-ZorvenOwner<CertificateHolder> loadCert(const std::string& name) {
-    return std::move(loadCerts(name).at(0));
+ZorvenOwner<CertificateHolder> loadCert(const std::string& name, std::string_view inSubject) {
+    for (auto& holder : loadCerts(name))
+        if (certOf(holder).getX509Ptr()->subjectText().find(inSubject) != std::string_view::npos)
+            return std::move(holder);
+    throw std::runtime_error("no such certificate in " + name);
+}
+
+ZorvenOwner<CertificateHolder> parseCert(certstore::ByteView der, LogBase& log) {
+    return ZorvenOwner<CertificateHolder>(CertificateHolder::createFromDer(
+        der.data(), static_cast<unsigned int>(der.size()), nullptr, log));
+}
+
+std::string derOf(const X509Certificate& cert) {
+    return std::string(certstore::textOf(cert.getX509Ptr()->der()));
+}
+
+std::string repeated(int count, const std::string& text) {
+    std::string all;
+    for (int i = 0; i < count; ++i)
+        all += text;
+    return all;
+}
+
+std::string edited(std::string bytes, std::string_view from, std::string_view to) {
+    for (std::size_t at = 0; (at = bytes.find(from, at)) != std::string::npos; at += to.size())
+        bytes.replace(at, from.size(), to);
+    return bytes;
+}
+
+std::string errorsIn(const std::string& log) {
+    std::istringstream lines(log);
+    std::string errors;
+    for (std::string line; std::getline(lines, line);) {
+        const std::size_t at = line.find("ERROR: ");
+        if (at != std::string::npos)
+            errors.append(errors.empty() ? "" : "|").append(line, at + 7);
+    }
+    return errors;
 }
 
 X509Certificate& certOf(const ZorvenOwner<CertificateHolder>& holder) {
     LogNull quiet;
     return *holder->getCertPtr(quiet);
+}
+
+std::string sha256Of(certstore::ByteView bytes) {
+    StringBuffer hex;
+    certstore::appendHex(
+        hex, certstore::computeDigest(certstore::DigestAlgorithm::Sha256, bytes).view());
+    return hex.getString();
+}
+
+void loadFile(const std::string& name, DataBuffer& bytes) {
+    const std::string content = readFile(data(name));
+    bytes.append(certstore::bytesOf(content));
 }
 
 void loadPemDer(const std::string& name, DataBuffer& der) {
@@ -61,24 +109,26 @@ std::filesystem::path vectors() {
     return CERTSTORE_VECTORS;
 }
 
+namespace {
+
+std::vector<std::string> split(const std::string& text, char separator) {
+    std::vector<std::string> parts;
+    std::istringstream in(text + separator);
+    for (std::string part; std::getline(in, part, separator);)
+        parts.push_back(part);
+    return parts;
+}
+
+}  // namespace
+
 std::vector<Row> readTable(const std::filesystem::path& path) {
     std::istringstream lines(readFile(path));
-    const auto split = [](const std::string& line) {
-        std::vector<std::string> cells(1);
-        for (const char c : line) {
-            if (c == '\t')
-                cells.emplace_back();
-            else
-                cells.back() += c;
-        }
-        return cells;
-    };
     std::string line;
     std::getline(lines, line);
-    const std::vector<std::string> names = split(line);
+    const std::vector<std::string> names = split(line, '\t');
     std::vector<Row> rows;
     while (std::getline(lines, line)) {
-        std::vector<std::string> cells = split(line);
+        std::vector<std::string> cells = split(line, '\t');
         cells.resize(names.size());
         Row& row = rows.emplace_back();
         for (std::size_t i = 0; i < names.size(); ++i)
@@ -102,10 +152,9 @@ std::string textCell(const std::string& cell) {
 }
 
 std::vector<std::string> listCell(const std::string& cell) {
-    std::vector<std::string> values;
-    std::istringstream parts(cell + '|');
-    for (std::string part; std::getline(parts, part, '|');)
-        values.push_back(textCell(part));
+    std::vector<std::string> values = split(cell, '|');
+    for (std::string& value : values)
+        value = textCell(value);
     return values;
 }
 

