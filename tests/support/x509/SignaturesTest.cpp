@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <thread>
+
 #include "support/log/LogNull.h"
 #include "support/log/LogText.h"
 #include "support/x509/SignatureAlgorithms.h"
@@ -49,8 +51,11 @@ TEST(SignatureMemory, HoldsTheWholeOfOneKey) {
     certstore::SignatureMemory memory;
     EXPECT_FALSE(memory.isGoodUnder(bytesOf("")));
     EXPECT_FALSE(memory.isGoodUnder(bytesOf("key")));
-    for (const char* key : {"key", "other"})
-        memory.rememberGood(bytesOf(key));
+    const auto rememberKey = [&] { memory.rememberGood(bytesOf("key")); };
+    std::thread first(rememberKey), second(rememberKey);
+    first.join();
+    second.join();
+    memory.rememberGood(bytesOf("other"));
     const std::string elsewhere = "keys";
     EXPECT_TRUE(memory.isGoodUnder(bytesOf(elsewhere.substr(0, 3))));
     for (const char* key : {"", "ke", "kex", "keys", "other"})
