@@ -12,8 +12,7 @@ X509Certificate* CertRepository::findCandidate(const char* serial, std::string_v
     key.append(name);
     if (X509Certificate* found = crpFindBySerialIssuerHashKey(key.getString() + 2, log))
         return found;
-    // crpFindBySerialIssuerHashKey would go on without the zeros, which was tried just now.
-    return findIn(*m_keyToHolder, key.view(), log);
+    return crpFindBySerialIssuerHashKey(key.getString(), log);
 }
 
 X509Certificate* CertRepository::crpFindCert(const char* serial, const char* issuerCN,

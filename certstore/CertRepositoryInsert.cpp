@@ -34,7 +34,7 @@ bool CertRepository::addCertificate(X509Certificate* cert, LogBase& log) {
     if (!entry.holder)
         return insertEntry(entry, key, log) && indexEntry(entry, key, log);
 
-    if (X509Certificate* stored = entry.holder->getCertPtr(log)) {
+    if (X509Certificate* stored = crpFindBySerialIssuerHashKey(entry.key.getUtf8(), log)) {
         if (replaceDifferentKey(entry, *stored, log))
             return true;
         adoptPrivateKey(entry, *stored, log);

@@ -16,23 +16,24 @@ X509Certificate* CertRepository::crpFindIssuer0(X509Certificate& cert, LogBase& 
     }
     if (!constructSerialIssuerHashKey(&cert, subjectDn, key, log) || key.isEmpty())
         return nullptr;
-    const std::string_view issuerDn = m_keyToIssuerDn->lookupText(key.getUtf8Sb().view());
-    if (issuerDn.empty()) {
+    StringBuffer issuerDn;
+    issuerDn.append(m_keyToIssuerDn->lookupText(key.getUtf8Sb().view()));
+    if (issuerDn.getSize() == 0) {
         if (log.m_verboseLogging)
             log.LogError("Not found in the in-memory cert repository.");
         return nullptr;
     }
-    if (log.m_verboseLogging) {
-        StringBuffer shown;
-        shown.append(issuerDn);
-        log.LogDataSb("issuerDN", shown);
-    }
-    // Not asked for: an issuer is found whatever its key type. What reading the key type writes
-    // belongs in the caller's log all the same.
-    StringBuffer keyType;
-    cert.appendCertKeyType(keyType, log);
+    if (log.m_verboseLogging)
+        log.LogDataSb("issuerDN", issuerDn);
 
-    X509Certificate* issuer = findIn(*m_subjectDnToKey, issuerDn, log);
+    // Composed and then not used: an issuer is found whatever its key type. What reading the key
+    // type writes belongs in the caller's log all the same.
+    StringBuffer typeAndDn;
+    cert.appendCertKeyType(typeAndDn, log);
+    typeAndDn.appendChar(',');
+    typeAndDn.append(issuerDn);
+
+    X509Certificate* issuer = crpFindBySubjectDN(issuerDn.getString(), log);
     if (!issuer && log.m_verboseLogging)
         log.LogError("Did not find issuer certificate.");
     return issuer;
