@@ -14,7 +14,8 @@ namespace certstore {
 // Taken through a CritSecExitor.
 //
 // A lookup takes two of these and is short, so both ways are inline: one atomic exchange each while
-// nobody else wants the lock. Who must wait sleeps at once, which leaves the holder its pace.
+// nobody else wants the lock. Who must wait looks again at growing intervals, for some 60 us in all,
+// and then sleeps; nobody is served in the order in which he came.
 class ZorvenCritSec {
 public:
     ZorvenCritSec() noexcept = default;
