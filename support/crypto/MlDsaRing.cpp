@@ -72,11 +72,13 @@ constexpr auto kRoots = computeRoots();
 template <class Step>
 [[gnu::always_inline]] inline void forEachFour(MlDsaPolynomial& p, std::size_t distance,
                                                Step step) noexcept {
-    for (std::size_t group = 0; group < p.size() / 4 / distance; ++group) {
-        Coefficient* const first = p.data() + 4 * distance * group;
-        for (Coefficient* at = first; at != first + distance; ++at)
-            step(at[0], at[distance], at[2 * distance], at[3 * distance], group);
-    }
+    Coefficient* at = p.data();
+    for (std::size_t group = 0; group < p.size() / 4 / distance; ++group, at += 3 * distance)
+        for (std::size_t i = 0; i < distance; ++i, ++at) {
+            Coefficient a = at[0], b = at[distance], c = at[2 * distance], d = at[3 * distance];
+            step(a, b, c, d, group);
+            at[0] = a, at[distance] = b, at[2 * distance] = c, at[3 * distance] = d;
+        }
 }
 
 }  // namespace
