@@ -16,6 +16,18 @@ constexpr KeyType kKeyTypes[] = {
     {OidBytes("2.16.840.1.101.3.4.3.17"), "ML-DSA-44"},
     {OidBytes("2.16.840.1.101.3.4.3.18"), "ML-DSA-65"},
     {OidBytes("2.16.840.1.101.3.4.3.19"), "ML-DSA-87"},
+    {OidBytes("2.16.840.1.101.3.4.3.20"), "SLH-DSA-SHA2-128s", KeyFamily::SlhDsa},
+    {OidBytes("2.16.840.1.101.3.4.3.21"), "SLH-DSA-SHA2-128f", KeyFamily::SlhDsa},
+    {OidBytes("2.16.840.1.101.3.4.3.22"), "SLH-DSA-SHA2-192s", KeyFamily::SlhDsa},
+    {OidBytes("2.16.840.1.101.3.4.3.23"), "SLH-DSA-SHA2-192f", KeyFamily::SlhDsa},
+    {OidBytes("2.16.840.1.101.3.4.3.24"), "SLH-DSA-SHA2-256s", KeyFamily::SlhDsa},
+    {OidBytes("2.16.840.1.101.3.4.3.25"), "SLH-DSA-SHA2-256f", KeyFamily::SlhDsa},
+    {OidBytes("2.16.840.1.101.3.4.3.26"), "SLH-DSA-SHAKE-128s", KeyFamily::SlhDsa},
+    {OidBytes("2.16.840.1.101.3.4.3.27"), "SLH-DSA-SHAKE-128f", KeyFamily::SlhDsa},
+    {OidBytes("2.16.840.1.101.3.4.3.28"), "SLH-DSA-SHAKE-192s", KeyFamily::SlhDsa},
+    {OidBytes("2.16.840.1.101.3.4.3.29"), "SLH-DSA-SHAKE-192f", KeyFamily::SlhDsa},
+    {OidBytes("2.16.840.1.101.3.4.3.30"), "SLH-DSA-SHAKE-256s", KeyFamily::SlhDsa},
+    {OidBytes("2.16.840.1.101.3.4.3.31"), "SLH-DSA-SHAKE-256f", KeyFamily::SlhDsa},
 };
 
 }  // namespace
