@@ -67,7 +67,7 @@ TEST(HostileSignatures, AreRefusedFirst) {
 // A signature of zeros has responses that are too large.
 TEST(HostileSignatures, OfMlDsaAreRefusedFirst) {
     const std::string zeros(1 << 20, '\0'), malformed = "The issuer's ML-DSA key is malformed.";
-    const ByteView all = bytesOf(zeros), null = bytesOf("\5\0"), none;
+    const ByteView all = bytesOf(zeros), null = bytesOf(std::string_view("\5\0", 2)), none;
     const std::tuple<const char*, ByteView, ByteView, std::size_t, std::size_t, std::string>
         kCases[] = {
             {"parameters", null, none, 1312, 2420,
