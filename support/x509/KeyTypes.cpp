@@ -28,6 +28,19 @@ constexpr KeyType kKeyTypes[] = {
     {OidBytes("2.16.840.1.101.3.4.3.29"), "SLH-DSA-SHAKE-192f", KeyFamily::SlhDsa},
     {OidBytes("2.16.840.1.101.3.4.3.30"), "SLH-DSA-SHAKE-256s", KeyFamily::SlhDsa},
     {OidBytes("2.16.840.1.101.3.4.3.31"), "SLH-DSA-SHAKE-256f", KeyFamily::SlhDsa},
+    // For signatures of digests (RFC 9909).
+    {OidBytes("2.16.840.1.101.3.4.3.35"), "SLH-DSA-SHA2-128s-with-SHA256", KeyFamily::SlhDsa},
+    {OidBytes("2.16.840.1.101.3.4.3.36"), "SLH-DSA-SHA2-128f-with-SHA256", KeyFamily::SlhDsa},
+    {OidBytes("2.16.840.1.101.3.4.3.37"), "SLH-DSA-SHA2-192s-with-SHA512", KeyFamily::SlhDsa},
+    {OidBytes("2.16.840.1.101.3.4.3.38"), "SLH-DSA-SHA2-192f-with-SHA512", KeyFamily::SlhDsa},
+    {OidBytes("2.16.840.1.101.3.4.3.39"), "SLH-DSA-SHA2-256s-with-SHA512", KeyFamily::SlhDsa},
+    {OidBytes("2.16.840.1.101.3.4.3.40"), "SLH-DSA-SHA2-256f-with-SHA512", KeyFamily::SlhDsa},
+    {OidBytes("2.16.840.1.101.3.4.3.41"), "SLH-DSA-SHAKE-128s-with-SHAKE128", KeyFamily::SlhDsa},
+    {OidBytes("2.16.840.1.101.3.4.3.42"), "SLH-DSA-SHAKE-128f-with-SHAKE128", KeyFamily::SlhDsa},
+    {OidBytes("2.16.840.1.101.3.4.3.43"), "SLH-DSA-SHAKE-192s-with-SHAKE256", KeyFamily::SlhDsa},
+    {OidBytes("2.16.840.1.101.3.4.3.44"), "SLH-DSA-SHAKE-192f-with-SHAKE256", KeyFamily::SlhDsa},
+    {OidBytes("2.16.840.1.101.3.4.3.45"), "SLH-DSA-SHAKE-256s-with-SHAKE256", KeyFamily::SlhDsa},
+    {OidBytes("2.16.840.1.101.3.4.3.46"), "SLH-DSA-SHAKE-256f-with-SHAKE256", KeyFamily::SlhDsa},
 };
 
 }  // namespace
