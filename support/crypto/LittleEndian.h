@@ -3,6 +3,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "support/crypto/Unroll.h"
+
 namespace certstore {
 
 // Reads sizeof(Word) octets, 4 or 8, least significant first. Spelt out without a loop: compilers
@@ -18,11 +20,10 @@ constexpr Word loadLittleEndian(const unsigned char* octets) noexcept {
             | static_cast<Word>(octets[1]) << 8 | octets[0];
 }
 
-// Writes sizeof(Word) octets, least significant first.
+// Writes sizeof(Word) octets, least significant first; without a loop for the same reason.
 template <class Word>
 constexpr void storeLittleEndian(Word word, unsigned char* octets) noexcept {
-    for (std::size_t i = 0; i < sizeof(Word); ++i, word = static_cast<Word>(word >> 8))
-        octets[i] = static_cast<unsigned char>(word);
+    unroll<sizeof(Word)>([&](auto i) { octets[i] = static_cast<unsigned char>(word >> (8 * i)); });
 }
 
 }  // namespace certstore

@@ -1,6 +1,7 @@
 #include "support/crypto/Sha3.h"
 
 #include <algorithm>
+#include <atomic>
 #include <bit>
 
 #include "support/crypto/LittleEndian.h"
@@ -25,28 +26,29 @@ constexpr Lane kRoundConstants[24] = {
 constexpr int kRotations[25] = {0,  1,  62, 28, 27, 36, 44, 6,  55, 20, 3,  10, 43,
                                 25, 39, 41, 45, 15, 21, 8,  18, 2,  61, 56, 14};
 
-// FIPS 202 section 3.2.1: theta, in place.
-[[gnu::always_inline]] inline void mixColumns(Lanes& a) {
-    Lane parity[5];
+// One round (FIPS 202 section 3.3) from `a` to `b`, row by row. The fences, which are no
+// instructions, keep compilers from mixing the rows: one row fits into registers, two do not.
+[[gnu::always_inline]] inline void computeRound(const Lanes& a, Lanes& b,
+                                                Lane roundConstant) noexcept {
+    Lane parity[5], change[5];
     unroll<5>([&](auto x) __attribute__((always_inline)) {
         parity[x] = a[x] ^ a[x + 5] ^ a[x + 10] ^ a[x + 15] ^ a[x + 20];
     });
-    unroll<25>([&](auto i) __attribute__((always_inline)) {
-        a[i] ^= parity[(i + 4) % 5] ^ std::rotl(parity[(i + 1) % 5], 1);
+    unroll<5>([&](auto x) __attribute__((always_inline)) {
+        change[x] = parity[(x + 4) % 5] ^ std::rotl(parity[(x + 1) % 5], 1);
     });
-}
-
-// Sections 3.2.2 to 3.2.5: rho and pi move the lanes from `a` to `b`, chi and iota go back.
-[[gnu::always_inline]] inline void mixRows(Lanes& a, Lanes& b, Lane roundConstant) {
-    unroll<25>([&](auto i) __attribute__((always_inline)) {
-        constexpr std::size_t x = i % 5, y = i / 5;
-        b[y + 5 * ((2 * x + 3 * y) % 5)] = std::rotl(a[i], kRotations[i]);
+    unroll<5>([&](auto y) __attribute__((always_inline)) {
+        Lane row[5];
+        unroll<5>([&](auto x) __attribute__((always_inline)) {
+            constexpr std::size_t column = (x + 3 * y) % 5, from = column + 5 * x;
+            row[x] = std::rotl(a[from] ^ change[column], kRotations[from]);
+        });
+        unroll<5>([&](auto x) __attribute__((always_inline)) {
+            b[x + 5 * y] = row[x] ^ (~row[(x + 1) % 5] & row[(x + 2) % 5]);
+        });
+        std::atomic_signal_fence(std::memory_order_seq_cst);
     });
-    unroll<25>([&](auto i) __attribute__((always_inline)) {
-        constexpr std::size_t row = i / 5 * 5;
-        a[i] = b[i] ^ (~b[row + (i + 1) % 5] & b[row + (i + 2) % 5]);
-    });
-    a[0] ^= roundConstant;
+    b[0] ^= roundConstant;
 }
 
 }  // namespace
@@ -54,9 +56,9 @@ constexpr int kRotations[25] = {0,  1,  62, 28, 27, 36, 44, 6,  55, 20, 3,  10, 
 void KeccakSponge::permute() noexcept {
     Lanes moved;
     const WipeGuard guard(moved.data(), sizeof moved);
-    for (const Lane roundConstant : kRoundConstants) {
-        mixColumns(m_lanes);
-        mixRows(m_lanes, moved, roundConstant);
+    for (std::size_t round = 0; round < std::size(kRoundConstants); round += 2) {
+        computeRound(m_lanes, moved, kRoundConstants[round]);
+        computeRound(moved, m_lanes, kRoundConstants[round + 1]);
     }
     m_position = 0;
 }
@@ -87,11 +89,19 @@ void KeccakSponge::squeeze(std::span<unsigned char> output) noexcept {
         permute();
         m_squeezing = true;
     }
-    for (unsigned char& octet : output) {
+    while (!output.empty()) {
         if (m_position == m_rate)
             permute();
-        octet = static_cast<unsigned char>(m_lanes[m_position / 8] >> (8 * (m_position % 8)));
+        const Lane lane = m_lanes[m_position / 8];
+        if (m_position % 8 == 0 && output.size() >= 8) {
+            storeLittleEndian(lane, output.data());
+            m_position += 8;
+            output = output.subspan(8);
+            continue;
+        }
+        output[0] = static_cast<unsigned char>(lane >> (8 * (m_position % 8)));
         ++m_position;
+        output = output.subspan(1);
     }
 }
 

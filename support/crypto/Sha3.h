@@ -58,4 +58,16 @@ using Sha3_256 = Sha3<32>;
 using Sha3_384 = Sha3<48>;
 using Sha3_512 = Sha3<64>;
 
+// SHAKE128 and SHAKE256 (FIPS 202 section 6.2).
+template <std::size_t kOctets>
+class Shake : public KeccakSponge {
+public:
+    static constexpr std::size_t kRate = kOctets;
+
+    Shake() noexcept : KeccakSponge(kRate, 0x1f) {}
+};
+
+using Shake128 = Shake<168>;
+using Shake256 = Shake<136>;
+
 }  // namespace certstore

@@ -7,7 +7,7 @@
 namespace certstore {
 
 // What keys have in common whose encodings are read alike.
-enum class KeyFamily { Rsa, Ec, Dsa, Ed25519, Ed448, X25519, X448, Other };
+enum class KeyFamily { Rsa, Ec, Dsa, Ed25519, Ed448, X25519, X448, SlhDsa, Other };
 
 struct KeyType {
     OidBytes oid;

@@ -95,6 +95,9 @@ bool readPrivateKeyInfo(ByteView der, PrivateKeyInfo& info) noexcept {
         case KeyFamily::X25519:
         case KeyFamily::X448:
             return readCurvePrivateKey(key, info.secret);
+        case KeyFamily::SlhDsa:
+            info.secret = key;
+            break;
         case KeyFamily::Other:
             break;
     }

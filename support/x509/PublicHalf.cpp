@@ -51,6 +51,14 @@ bool deriveCurve(DeriveOctets<kSize> derive, const PrivateKeyInfo& key, DataBuff
     return derive(key.secret, std::span<unsigned char, kSize>(bits.extend(kSize), kSize));
 }
 
+// PK.seed and PK.root are the second half of the key (FIPS 205 section 9.1). What some tools have
+// wrapped once more has another size: carried, but not understood.
+void copySlhDsa(const PrivateKeyInfo& key, DataBuffer& bits) {
+    const std::size_t size = key.secret.size();
+    if (size == 64 || size == 96 || size == 128)
+        bits.append(key.secret.last(size / 2));
+}
+
 }  // namespace
 
 bool derivePublicBits(const PrivateKeyInfo& key, DataBuffer& bits) {
@@ -67,6 +75,9 @@ bool derivePublicBits(const PrivateKeyInfo& key, DataBuffer& bits) {
             return deriveCurve(deriveX25519PublicKey, key, bits);
         case KeyFamily::X448:
             return deriveCurve(deriveX448PublicKey, key, bits);
+        case KeyFamily::SlhDsa:
+            copySlhDsa(key, bits);
+            break;
         case KeyFamily::Rsa:
         case KeyFamily::Other:
             break;

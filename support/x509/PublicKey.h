@@ -34,10 +34,11 @@ public:
     // Loads an unencrypted PKCS#8 private key (RFC 5208, RFC 5958) of any algorithm, at most
     // kMaxPrivateKeySize bytes; kept in memory that is wiped when its last user goes. Its public
     // half is computed here, once, for keys of EC on named curves, DSA, Ed25519, Ed448, X25519 and
-    // X448; of other keys it is the one in the encoding, if any. False, logged, when the key is
-    // malformed, out of range for its kind, or holds another public half than the one computed;
-    // when its public half is known to be another than the public key held here; or when a private
-    // key is held already. Throws std::bad_alloc.
+    // X448, and taken from the secret of SLH-DSA keys, which ends with it; of other keys it is the
+    // one in the encoding, if any. False, logged, when the key is malformed, out of range for its
+    // kind, or holds another public half than the one computed; when its public half is known to be
+    // another than the public key held here; or when a private key is held already. Throws
+    // std::bad_alloc.
     bool loadPrivateKeyDer(const DataBuffer& pkcs8, LogBase& log);
 
     // Takes a share in the private key that `other` holds, with its not-exportable mark. False, and

@@ -8,7 +8,7 @@ namespace {
 
 using enum DigestAlgorithm;
 
-// RFC 3279, 4055, 5758, 8410; the most frequent ones first.
+// RFC 3279, 4055, 5758, 8410, 9881; the most frequent ones first.
 constexpr SignatureAlgorithm kAlgorithms[] = {
     {OidBytes("1.2.840.113549.1.1.11"), "sha256WithRSAEncryption", kRsaPkcs1, Sha256},
     {OidBytes("1.2.840.10045.4.3.2"), "ecdsa-with-SHA256", kEcdsa, Sha256},
@@ -42,6 +42,9 @@ constexpr SignatureAlgorithm kAlgorithms[] = {
     {OidBytes("2.16.840.1.101.3.4.3.16"), "sha3-512WithRSAEncryption", kRsaPkcs1, Sha3_512},
     {OidBytes("1.3.101.112"), "Ed25519", kEd25519},
     {OidBytes("1.3.101.113"), "Ed448", kEd448},
+    {OidBytes("2.16.840.1.101.3.4.3.17"), "ML-DSA-44", kMlDsa44Scheme},
+    {OidBytes("2.16.840.1.101.3.4.3.18"), "ML-DSA-65", kMlDsa65Scheme},
+    {OidBytes("2.16.840.1.101.3.4.3.19"), "ML-DSA-87", kMlDsa87Scheme},
 
     {OidBytes("1.2.840.113549.1.1.4"), "md5WithRSAEncryption", kBrokenDigest},
     {OidBytes("1.3.14.3.2.3"), "md5WithRSA", kBrokenDigest},

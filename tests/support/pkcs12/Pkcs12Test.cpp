@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <map>
+
 #include "support/log/LogText.h"
 #include "support/pkcs12/PfxParser.h"
 #include "tests/common/DerText.h"
@@ -214,6 +216,35 @@ TEST(Pkcs12, KeysGoToTheirCertificatesWhateverIdentifiersSay) {
         EXPECT_FALSE(opened.macVerified);
         EXPECT_EQ(opened.hasKey(0), firstHasKey) << sentence;
         EXPECT_EQ(opened.hasKey(1), secondHasKey) << sentence;
+    }
+}
+
+// The key of ML-DSA tells nothing, but has the identifier; that of SLH-DSA ends with its public
+// half.
+TEST(Pkcs12, PostQuantumKeysAreCarriedAsTheyAre) {
+    if (testfiles::vectors().empty())
+        GTEST_SKIP() << "no vectors";
+    std::map<Bytes, Bytes> certs;
+    for (const auto& row : testfiles::readTable(testfiles::vectors() / "oracle.tsv"))
+        certs[row.at("key_alg")] =
+            testfiles::readFile(testfiles::vectors() / "certs" / (row.at("id") + ".der"));
+    const Bytes lattice = certs["ML-DSA-65"], hashes = certs["2.16.840.1.101.3.4.3.20"];
+    const Bytes secret(32, 's'), publicHalf = hashes.substr(hashes.find("\3\x21\0"s) + 3, 32);
+    const auto keyOf = [](const OidBytes& algorithm, const Bytes& key) {
+        return sequence(number(0) + sequence(oid(algorithm)) + octets(key));
+    };
+    const Bytes keys[] = {keyOf(OidBytes("2.16.840.1.101.3.4.3.18"), der(0x80, secret)),
+                          keyOf(OidBytes("2.16.840.1.101.3.4.3.20"), secret + publicHalf)};
+    Opened opened(pfxOf(plainSafe(certBag(lattice, localKeyId(1)) + certBag(hashes, localKeyId(2))
+                                  + keyBag(keys[0], 1) + keyBag(keys[1], 1))),
+                  nullptr);
+    ASSERT_TRUE(opened.good) << opened.error();
+    for (const int i : {0, 1}) {
+        const X509Certificate& cert = *opened.container.getPkcs12Cert(i, opened.log);
+        DataBuffer out;
+        bool fixed = false;
+        EXPECT_TRUE(cert.getPrivateKeyAsDER(out, fixed, opened.log));
+        EXPECT_EQ(certstore::textOf(out.view()), keys[i]);
     }
 }
 

@@ -64,5 +64,25 @@ TEST(HostileSignatures, AreRefusedFirst) {
     }
 }
 
+// A signature of zeros has responses that are too large.
+TEST(HostileSignatures, OfMlDsaAreRefusedFirst) {
+    const std::string zeros(1 << 20, '\0'), malformed = "The issuer's ML-DSA key is malformed.";
+    const ByteView all = bytesOf(zeros), null = bytesOf(std::string_view("\5\0", 2)), none;
+    const std::tuple<const char*, ByteView, ByteView, std::size_t, std::size_t, std::string>
+        kCases[] = {
+            {"parameters", null, none, 1312, 2420,
+             "The ML-DSA signature algorithm has parameters."},
+            {"parameters of the key", none, null, 1312, 2420, malformed},
+            {"a key of another set", none, none, 1952, 2420, malformed},
+            {"a megabyte", none, none, 1312, 1 << 20, "The ML-DSA signature is malformed."},
+            {"zeros", none, none, 1312, 2420, kSignatureDoesNotMatch},
+        };
+    for (const auto& [what, parameters, ofKey, key, signature, reason] : kCases)
+        EXPECT_EQ(kMlDsa44Scheme.verify(
+                      {{}, parameters, all, all.first(signature), {{}, ofKey, all.first(key)}}),
+                  reason)
+            << what;
+}
+
 }  // namespace
 }  // namespace certstore

@@ -116,4 +116,28 @@ TEST(PublicHalf, InTheEncodingIsNotBelieved) {
     }
 }
 
+// Keys of no size that FIPS 204 and 205 know are carried, too.
+TEST(PublicHalf, OfPostQuantumKeysIsTakenWhereTheyHoldIt) {
+    const Bytes lattice = oid(OidBytes("2.16.840.1.101.3.4.3.17"));
+    const Bytes hashes = oid(OidBytes("2.16.840.1.101.3.4.3.20"));
+    const Bytes half(32, 'p'), other(32, 'o'), secret(32, 's'), seed = der(0x80, secret);
+    const std::tuple<const char*, Bytes, Bytes, KeyMatch> kCases[] = {
+        {"ML-DSA, the seed alone", lattice, pkcs8(lattice, seed), KeyMatch::Unknown},
+        {"ML-DSA, with its public half", lattice, pkcs8(lattice, seed, half), KeyMatch::Same},
+        {"ML-DSA, with another", lattice, pkcs8(lattice, seed, other), KeyMatch::Different},
+        {"SLH-DSA", hashes, pkcs8(hashes, secret + half), KeyMatch::Same},
+        {"SLH-DSA, twice the same", hashes, pkcs8(hashes, secret + half, half), KeyMatch::Same},
+        {"SLH-DSA, wrapped", hashes, pkcs8(hashes, octets(secret + half)), KeyMatch::Unknown},
+    };
+    for (const auto& [sentence, algorithm, privateKey, match] : kCases) {
+        const Bytes spki = sequence(sequence(algorithm) + der(0x03, Bytes(1, '\0') + half));
+        _zvPublicKey key;
+        EXPECT_EQ(load(privateKey, key), "") << sentence;
+        EXPECT_EQ(_zvPublicKey(bytesOf(spki)).match(key), match) << sentence;
+    }
+    _zvPublicKey key;
+    EXPECT_EQ(load(pkcs8(hashes, secret + half, other), key),
+              "ERROR: The private key's public half does not belong to it.\n");
+}
+
 }  // namespace
