@@ -93,8 +93,11 @@ for key in "$out"/private_key/key-pairs*.PRIVATE_KEY; do
     { printf '\3' && tail -c +2 "$key"; } >"$out/pkcs12/$(basename "$key")"
 done
 
-# Additions of a chain, a merge and all questions; then changes and private keys.
-printf '\0\0\0\1\0\2\203\5\0\0\5\2\0\206\0\3' >"$out/store/chain"
-printf '\0\5\4\0\0\6\2\0\2\1\6\0\1\7\0\5\0\1\1\0\2\0\1\5\0\4' >"$out/store/renewed"
+# Operations of five bytes: additions of a chain to one store, a merge, all questions to the other;
+# then changes and displacements.
+printf '\0\000...\0\001...\0\002...\203\000...\205\002...\206\002...\326\002...' \
+    >"$out/store/chain"
+printf '\0\003...\0\004...\0\005...\1\005\0\050A\0\007...\0\010...\4....\5....\5\1...\6\1...' \
+    >"$out/store/changes"
 
 rm -r "$out/tmp"

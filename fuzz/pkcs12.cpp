@@ -3,7 +3,6 @@
 #include "fuzz/Fuzz.h"
 #include "support/pkcs12/BerReader.h"
 #include "support/pkcs12/PfxCrypto.h"
-#include "tests/common/DerText.h"
 
 // A PKCS#12 file. The first byte tells how much of it the rest is: what lies inside is wrapped and
 // encrypted here, as no fuzzer comes through a MAC or a cipher by itself.
@@ -23,11 +22,11 @@ Bytes tagged(const certstore::OidBytes& type, const Bytes& content) {
 Bytes encrypted(const Bytes& plain, unsigned char tag) {
     constexpr certstore::OidBytes kRc4("1.2.840.113549.1.12.1.1");
     const Bytes algorithm = sequence(oid(kRc4) + sequence(octets("salt") + der(0x02, "\x01")));
+    const certstore::PfxPassword password(fuzz::kPassword);
     certstore::PfxCipher cipher;
     DataBuffer out;
     require(cipher.read(fuzz::bytesOf(algorithm))
-                && cipher.decrypt(certstore::PfxPassword(fuzz::kPassword), 0, fuzz::bytesOf(plain),
-                                  out),
+                && cipher.decrypt(password, 0, fuzz::bytesOf(plain), out),
             "RC4 is known");
     return algorithm + der(tag, Bytes(fuzz::textOf(out.view())));
 }
@@ -39,10 +38,10 @@ Bytes fileOf(int part, Bytes bytes) {
         return bytes;
     if (part == PrivateKey)
         bytes = sequence(sequence(tagged(kShroudedKey, sequence(encrypted(bytes, 0x04)))));
-    if (part != ListOfSafes)
-        bytes = sequence(sequence(
-            tagged(kEncryptedData,
-                   sequence(der(0x02, "1") + sequence(oid(kData) + encrypted(bytes, 0x80))))));
+    if (part != ListOfSafes) {
+        bytes = sequence(der(0x02, "1") + sequence(oid(kData) + encrypted(bytes, 0x80)));
+        bytes = sequence(sequence(tagged(kEncryptedData, bytes)));
+    }
     return sequence(der(0x02, "\x03") + sequence(tagged(kData, octets(bytes))));
 }
 
@@ -51,23 +50,20 @@ Bytes fileOf(int part, Bytes bytes) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     if (size == 0)
         return 0;
-    const Bytes file = fileOf(data[0] % Parts, Bytes(data + 1, data + size));
     DataBuffer pfx, once, twice;
-    pfx.append(fuzz::bytesOf(file));
-    require(certstore::readBer(pfx.view(), 16, once) != certstore::BerResult::Good
-                || (certstore::readBer(once.view(), 16, twice) == certstore::BerResult::Good
-                    && once.equals(twice)),
-            "what BER has become stays so");
+    pfx.append(fuzz::bytesOf(fileOf(data[0] % Parts, Bytes(data + 1, data + size))));
+    if (certstore::readBer(pfx.view(), 16, once) == certstore::BerResult::Good)
+        require(certstore::readBer(once.view(), 16, twice) == certstore::BerResult::Good
+                    && once.equals(twice),
+                "what BER has become stays so");
     fuzz::Log log;
     Pkcs12 container(fuzz::kLimits);
-    bool macVerified = false;
-    const bool good = container.pkcs12FromDb(pfx, fuzz::kPassword, macVerified, log);
+    bool flag = false;
+    const bool good = container.pkcs12FromDb(pfx, fuzz::kPassword, flag, log);
     require(log.errors == (good ? 0 : 1), "one error says why a file is not read");
-    for (int i = 0; i < container.get_NumCerts(); ++i) {
-        const X509Certificate& cert = *container.getPkcs12Cert(i, log);
-        fuzz::examine(cert, cert.getX509Ptr()->der());
-    }
+    for (int i = 0; i < container.get_NumCerts(); ++i)
+        fuzz::examine(*container.getPkcs12Cert(i, log));
     for (int i = 0; i < container.get_NumPrivateKeys(); ++i)
-        require(container.getPrivateKey(i)->getPrivateKeyDer(once, macVerified), "a key comes out");
+        require(container.getPrivateKey(i)->getPrivateKeyDer(once, flag), "a key comes out");
     return 0;
 }

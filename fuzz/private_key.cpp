@@ -8,24 +8,6 @@
 
 using fuzz::require;
 
-namespace {
-
-void load(const DataBuffer& pkcs8) {
-    fuzz::Log log;
-    _zvPublicKey key;
-    const bool loaded = key.loadPrivateKeyDer(pkcs8, log);
-    require(log.errors == (loaded ? 0 : 1), "one error says why a key is refused");
-    if (!loaded)
-        return;
-    DataBuffer copy;
-    bool notExportable = true;
-    require(key.getPrivateKeyDer(copy, notExportable) && copy.equals(pkcs8), "it comes back");
-    _zvPublicKey again;
-    require(again.loadPrivateKeyDer(copy, log), "a private key that was loaded loads again");
-}
-
-}  // namespace
-
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     constexpr const char* kLabels[] = {"PRIVATE KEY", "ENCRYPTED PRIVATE KEY", "RSA PRIVATE KEY",
                                        "EC PRIVATE KEY"};
@@ -38,10 +20,17 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     else
         certstore::appendBase64(body, rest);
     certstore::PemKeys keys(fuzz::kPassword, fuzz::kLimits);
-    DataBuffer pkcs8;
-    const bool good = keys.read({kLabels[data[0] % 5 % 4], body.view(), 0}, pkcs8);
-    require(good || !keys.problem().empty(), "there is a reason why a key is not read");
-    if (good)
-        load(pkcs8);
+    DataBuffer pkcs8, copy;
+    const bool read = keys.read({kLabels[data[0] % 5 % 4], body.view(), 0}, pkcs8);
+    require(read == keys.problem().empty(), "there is a reason why a key is not read");
+    if (!read)
+        return 0;
+    fuzz::Log log;
+    _zvPublicKey key, again;
+    bool notExportable = true;
+    const bool loaded = key.loadPrivateKeyDer(pkcs8, log);
+    require(log.errors == (loaded ? 0 : 1), "one error says why a key is refused");
+    require(key.getPrivateKeyDer(copy, notExportable) == loaded, "a loaded key comes back");
+    require(!loaded || (copy.equals(pkcs8) && again.loadPrivateKeyDer(copy, log)), "as it was");
     return 0;
 }
