@@ -8,14 +8,15 @@ mkdir -p "$out"/{certificate,dn,pem_bundle,pkcs12,private_key,store,tmp}
 
 # blocks FOLDER FILE...: every PEM block in DER, its label in the name.
 blocks() {
-    local folder=$1 file label body
+    local folder=$1 file label body number
     shift
     for file in "$@"; do
-        local number=0
+        number=0
         while read -r label; do
             read -r body
             number=$((number + 1))
-            base64 -di <<<"$body" >"$folder/${file%.*}-$number.${label// /_}" || true
+            # Some are broken on purpose.
+            base64 -di <<<"$body" >"$folder/${file%.*}-$number.${label// /_}" 2>/dev/null || true
         done < <(awk '/^-----BEGIN / { gsub(/^-----BEGIN |-----\r?$/, ""); label = $0; body = ""; next }
                       /^-----END / { if (label != "") print label "\n" body; label = ""; next }
                       { gsub(/\r/, ""); if ($0 !~ /:/) body = body $0 }' "$file")
@@ -48,18 +49,20 @@ find "$out/certificate" ! -name '*.*CERTIFICATE' -type f -exec mv -t "$out/tmp" 
 # Issuer and subject are the second and the fourth SEQUENCE of the signed part.
 for certificate in "$out"/certificate/{names,string,no-cn,email,empty-subject}*; do
     name=$(basename "$certificate")
-    mapfile -t places < <(offsets "$certificate" 'd=2 .*SEQUENCE' 2>"$out/tmp/errors")
+    mapfile -t places < <(offsets "$certificate" 'd=2 .*SEQUENCE' 2>/dev/null)
     [[ ${#places[@]} -gt 3 ]] || continue
     { printf '\200' && content "$certificate" "${places[3]}" && content "$certificate" "${places[1]}"
     } >"$out/dn/$name"
     { printf '\377' && openssl x509 -inform DER -in "$certificate" -noout -subject -nameopt RFC2253 \
-        | sed 's/^subject=//'; } >"$out/dn/$name.text" 2>"$out/tmp/errors" || true
+        | sed 's/^subject=//'; } >"$out/dn/$name.text" 2>/dev/null || true
 done
 
 for file in bundle-mixed.pem bundle-crlf.pem chain-rsa.pem ed25519.pem *.key; do
     cp "$file" "$out/pem_bundle/"
 done
-cat leaf.pem leaf.key >"$out/pem_bundle/pair"
+for name in leaf rsa-leaf; do
+    cat "$name.pem" "$name.key" >"$out/pem_bundle/$name-pair"
+done
 
 blocks "$out/tmp" ./*.key key-pairs.pem
 for scheme in '-v2 aes-128-cbc' '-v2 des3' '-v2 rc2' '-v2 aes-256-cbc -v2prf hmacWithSHA512' \
@@ -68,7 +71,7 @@ for scheme in '-v2 aes-128-cbc' '-v2 des3' '-v2 rc2' '-v2 aes-256-cbc -v2prf hma
     # shellcheck disable=SC2086
     openssl pkcs8 -topk8 -provider default -provider legacy $scheme -iter 1 -in leaf.key \
         -passout pass:password -outform DER -out "$out/tmp/${scheme//[ -]/_}.ENCRYPTED_PRIVATE_KEY" \
-        2>"$out/tmp/errors" || true
+        2>/dev/null || true
 done
 labels=(PRIVATE_KEY ENCRYPTED_PRIVATE_KEY RSA_PRIVATE_KEY EC_PRIVATE_KEY)
 for i in "${!labels[@]}"; do

@@ -53,11 +53,11 @@ for name in "${names[@]}"; do
     fuzz "$name" || result="FOUND something: $(find "$work/$name/findings" -type f -printf '%p ')"
     [[ $result == clean ]] || failed=1
     executions=$(sed -n 's/^stat::number_of_executed_units: //p' "$work/$name/log")
-    coverage=$(grep -oE 'cov: [0-9]+' "$work/$name/log" | tail -1)
-    printf '%-12s %9s executions, %s edges, %s\n' "$name" "${executions:-?}" "${coverage#cov: }" \
+    coverage=$(sed -nE 's/.* cov: ([0-9]+) .*/\1/p' "$work/$name/log" | tail -1)
+    printf '%-12s %9s executions, %5s edges, %s\n' "$name" "${executions:-?}" "${coverage:-?}" \
         "$result"
     if [[ $result != clean ]]; then
-        grep -m 3 -E 'Broken promise|ERROR:|runtime error' "$work/$name/log" || true
+        grep -m 3 -E 'Broken promise|ERROR:|error:|error in' "$work/$name/log" || true
         echo "  again: build/fuzz/fuzz/fuzz_$name INPUT    all of it: $work/$name/log"
     elif [[ $keep == 1 ]]; then
         merge "$name"
