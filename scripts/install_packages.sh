@@ -2,13 +2,14 @@
 # Installs what building, testing and demonstrating certstore needs from Debian, and only what is
 # missing: where everything is present no network and no privilege is needed. With the argument
 # `interop` also the programs that the interoperability tests get files from, with `bench` also the
-# peers that the benchmarks run beside.
+# peers that the benchmarks run beside, with `fuzz` also the compiler that has libFuzzer.
 set -euo pipefail
 
 packages=(cmake ninja-build g++ libgtest-dev nlohmann-json3-dev openssl ca-certificates)
 [[ ${1:-} != interop ]] || packages+=(gnutls-bin libnss3-tools default-jre-headless)
 [[ ${1:-} != bench ]] || packages+=(libbenchmark-dev pkg-config libssl-dev libgnutls28-dev libmbedtls-dev
     libnss3-dev python3 python3-matplotlib)
+[[ ${1:-} != fuzz ]] || packages+=(clang libclang-rt-dev)
 
 if ! command -v apt-get >/dev/null || ! command -v dpkg-query >/dev/null; then
     echo "Not a Debian system: nothing installed. Needed are the equivalents of ${packages[*]}." >&2

@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Checks the layers, then builds and runs all tests twice: optimised, and under the address, leak
-# and undefined-behaviour sanitizers. CERTSTORE_VECTORS_DIR names the folder of foreign vectors.
+# and undefined-behaviour sanitizers; then fuzzes for a minute. CERTSTORE_VECTORS_DIR names the
+# folder of foreign vectors.
 set -euo pipefail
 
 vectors=${CERTSTORE_VECTORS_DIR:-}
@@ -34,5 +35,8 @@ for preset in release asan-ubsan; do
     say "$preset: testing"
     ctest --preset "$preset" -j2
 done
+
+say "Fuzzing for a minute"
+bash scripts/fuzz.sh
 
 say "All tests passed."
