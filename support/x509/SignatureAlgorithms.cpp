@@ -8,7 +8,7 @@ namespace {
 
 using enum DigestAlgorithm;
 
-// RFC 3279, 4055, 5758, 8410; the most frequent ones first.
+// RFC 3279, 4055, 5758, 8410, 9909; the most frequent ones first.
 constexpr SignatureAlgorithm kAlgorithms[] = {
     {OidBytes("1.2.840.113549.1.1.11"), "sha256WithRSAEncryption", kRsaPkcs1, Sha256},
     {OidBytes("1.2.840.10045.4.3.2"), "ecdsa-with-SHA256", kEcdsa, Sha256},
@@ -42,6 +42,18 @@ constexpr SignatureAlgorithm kAlgorithms[] = {
     {OidBytes("2.16.840.1.101.3.4.3.16"), "sha3-512WithRSAEncryption", kRsaPkcs1, Sha3_512},
     {OidBytes("1.3.101.112"), "Ed25519", kEd25519},
     {OidBytes("1.3.101.113"), "Ed448", kEd448},
+    {kSlhDsaKeys[0], "SLH-DSA-SHA2-128s", kSlhDsa<0>},
+    {kSlhDsaKeys[1], "SLH-DSA-SHA2-128f", kSlhDsa<1>},
+    {kSlhDsaKeys[2], "SLH-DSA-SHA2-192s", kSlhDsa<2>},
+    {kSlhDsaKeys[3], "SLH-DSA-SHA2-192f", kSlhDsa<3>},
+    {kSlhDsaKeys[4], "SLH-DSA-SHA2-256s", kSlhDsa<4>},
+    {kSlhDsaKeys[5], "SLH-DSA-SHA2-256f", kSlhDsa<5>},
+    {kSlhDsaKeys[6], "SLH-DSA-SHAKE-128s", kSlhDsa<6>},
+    {kSlhDsaKeys[7], "SLH-DSA-SHAKE-128f", kSlhDsa<7>},
+    {kSlhDsaKeys[8], "SLH-DSA-SHAKE-192s", kSlhDsa<8>},
+    {kSlhDsaKeys[9], "SLH-DSA-SHAKE-192f", kSlhDsa<9>},
+    {kSlhDsaKeys[10], "SLH-DSA-SHAKE-256s", kSlhDsa<10>},
+    {kSlhDsaKeys[11], "SLH-DSA-SHAKE-256f", kSlhDsa<11>},
 
     {OidBytes("1.2.840.113549.1.1.4"), "md5WithRSAEncryption", kBrokenDigest},
     {OidBytes("1.3.14.3.2.3"), "md5WithRSA", kBrokenDigest},

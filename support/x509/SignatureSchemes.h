@@ -72,6 +72,21 @@ const char* verifyEd448Scheme(const SignatureInput& input);
 inline constexpr OidBytes kEd448Keys[] = {OidBytes("1.3.101.113")};
 inline constexpr SignatureScheme kEd448{verifyEd448Scheme, kEd448Keys};
 
+// SLH-DSA (RFC 9909), no parameters anywhere. The algorithm of the signature and that of the key
+// have one OID, which tells the parameter set: kSlhDsaSets has them in the same order.
+const char* verifySlhDsaScheme(const SignatureInput& input);
+inline constexpr OidBytes kSlhDsaKeys[] = {
+    OidBytes("2.16.840.1.101.3.4.3.20"), OidBytes("2.16.840.1.101.3.4.3.21"),
+    OidBytes("2.16.840.1.101.3.4.3.22"), OidBytes("2.16.840.1.101.3.4.3.23"),
+    OidBytes("2.16.840.1.101.3.4.3.24"), OidBytes("2.16.840.1.101.3.4.3.25"),
+    OidBytes("2.16.840.1.101.3.4.3.26"), OidBytes("2.16.840.1.101.3.4.3.27"),
+    OidBytes("2.16.840.1.101.3.4.3.28"), OidBytes("2.16.840.1.101.3.4.3.29"),
+    OidBytes("2.16.840.1.101.3.4.3.30"), OidBytes("2.16.840.1.101.3.4.3.31"),
+};
+template <std::size_t kSet>
+inline constexpr SignatureScheme kSlhDsa{verifySlhDsaScheme,
+                                         std::span(kSlhDsaKeys).subspan(kSet, 1)};
+
 // Known by name, and always refused: messages with the same MD2, MD4 or MD5 digest can be made, and
 // have been to forge CA certificates (RFC 6149, 6150, 6151).
 inline constexpr SignatureScheme kBrokenDigest{};
