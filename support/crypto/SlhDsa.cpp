@@ -3,6 +3,7 @@
 #include <array>
 #include <span>
 
+#include "support/crypto/Digest.h"
 #include "support/crypto/Sha2.h"
 #include "support/crypto/SlhDsaHash.h"
 
@@ -134,9 +135,43 @@ private:
     typename Hash::Address m_address;
 };
 
-// FIPS 205 section 9.3, slh_verify_internal.
+// Which variant, and the size of the context (FIPS 205 section 10.2).
+constexpr unsigned char kPureHead[] = {0, 0};
+constexpr unsigned char kPrehashHead[] = {1, 0};
+
+// The digest of a message that is signed in its place, behind the digest's OID.
+class Prehash {
+public:
+    Prehash(const SlhDsaParameters& set, ByteView message) noexcept {
+        const bool isSmall = set.n == 16;
+        m_size = kOidSize + (isSmall ? 32 : 64);
+        const auto digest = std::span(m_octets).subspan(kOidSize, m_size - kOidSize);
+        if (set.family == SlhDsaHashFamily::Shake) {
+            m_octets[kOidSize - 1] = isSmall ? 11 : 12;
+            KeccakSponge sponge(isSmall ? 168 : 136, 0x1f);
+            sponge.absorb(message);
+            sponge.squeeze(digest);
+            return;
+        }
+        m_octets[kOidSize - 1] = isSmall ? 1 : 3;
+        const auto algorithm = isSmall ? DigestAlgorithm::Sha256 : DigestAlgorithm::Sha512;
+        std::ranges::copy(computeDigest(algorithm, message).view(), digest.begin());
+    }
+
+    ByteView octets() const noexcept { return ByteView(m_octets).first(m_size); }
+
+private:
+    static constexpr std::size_t kOidSize = 11;
+
+    // 2.16.840.1.101.3.4.2, and the last arc still to come.
+    std::array<unsigned char, kOidSize + 64> m_octets{0x06, 0x09, 0x60, 0x86, 0x48,
+                                                      0x01, 0x65, 0x03, 0x04, 0x02};
+    std::size_t m_size;
+};
+
+// FIPS 205 section 9.3, slh_verify_internal; the message is in two parts.
 template <class Hash>
-bool verify(const SlhDsaParameters& set, ByteView publicKey, ByteView message,
+bool verify(const SlhDsaParameters& set, ByteView publicKey, ByteView head, ByteView tail,
             ByteView signature) noexcept {
     const ByteView seed = publicKey.first(set.n), root = publicKey.subspan(set.n);
     const ByteView randomizer = take(signature, set.n);
@@ -145,7 +180,7 @@ bool verify(const SlhDsaParameters& set, ByteView publicKey, ByteView message,
     std::array<unsigned char, kMaxChoicesSize> digest;
     ByteView rest =
         std::span(digest).first(set.forsDigestSize() + set.treeIndexSize() + set.leafIndexSize());
-    Hash::hashMessage(randomizer, publicKey, message, std::span(digest).first(rest.size()));
+    Hash::hashMessage(randomizer, publicKey, head, tail, std::span(digest).first(rest.size()));
     const ByteView choices = take(rest, set.forsDigestSize());
     const std::uint64_t tree = readIndex(take(rest, set.treeIndexSize()), set.h - set.treeLevels());
     const auto leaf = static_cast<std::uint32_t>(readIndex(rest, set.treeLevels()));
@@ -158,17 +193,24 @@ bool verify(const SlhDsaParameters& set, ByteView publicKey, ByteView message,
     return equalBytes(node, root);
 }
 
+bool verifyParts(const SlhDsaParameters& set, ByteView publicKey, ByteView head, ByteView tail,
+                 ByteView signature) noexcept {
+    if (set.family == SlhDsaHashFamily::Shake)
+        return verify<SlhDsaShake>(set, publicKey, head, tail, signature);
+    if (set.n == 16)
+        return verify<SlhDsaSha2<Sha256>>(set, publicKey, head, tail, signature);
+    return verify<SlhDsaSha2<Sha512>>(set, publicKey, head, tail, signature);
+}
+
 }  // namespace
 
-bool verifySlhDsa(const SlhDsaParameters& set, ByteView publicKey, ByteView message,
-                  ByteView signature) noexcept {
+bool verifySlhDsa(const SlhDsaParameters& set, SlhDsaVariant variant, ByteView publicKey,
+                  ByteView message, ByteView signature) noexcept {
     if (publicKey.size() != set.publicKeySize() || signature.size() != set.signatureSize())
         return false;
-    if (set.family == SlhDsaHashFamily::Shake)
-        return verify<SlhDsaShake>(set, publicKey, message, signature);
-    if (set.n == 16)
-        return verify<SlhDsaSha2<Sha256>>(set, publicKey, message, signature);
-    return verify<SlhDsaSha2<Sha512>>(set, publicKey, message, signature);
+    if (variant == SlhDsaVariant::Pure)
+        return verifyParts(set, publicKey, kPureHead, message, signature);
+    return verifyParts(set, publicKey, kPrehashHead, Prehash(set, message).octets(), signature);
 }
 
 }  // namespace certstore

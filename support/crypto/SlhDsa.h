@@ -35,8 +35,7 @@ struct SlhDsaParameters {
     }
 };
 
-// In the order of their OIDs, 2.16.840.1.101.3.4.3.20 to 31: 128s, 128f, 192s, 192f, 256s, 256f
-// with SHA-2, then with SHAKE.
+// In the order of their OIDs: 128s, 128f, 192s, 192f, 256s, 256f with SHA-2, then with SHAKE.
 inline constexpr SlhDsaParameters kSlhDsaSets[] = {
     {SlhDsaHashFamily::Sha2, 16, 63, 7, 12, 14},  {SlhDsaHashFamily::Sha2, 16, 66, 22, 6, 33},
     {SlhDsaHashFamily::Sha2, 24, 63, 7, 14, 17},  {SlhDsaHashFamily::Sha2, 24, 66, 22, 8, 33},
@@ -46,11 +45,15 @@ inline constexpr SlhDsaParameters kSlhDsaSets[] = {
     {SlhDsaHashFamily::Shake, 32, 64, 8, 14, 22}, {SlhDsaHashFamily::Shake, 32, 68, 17, 9, 35},
 };
 
+// What is signed (FIPS 205 section 10.2): the message, or its digest. Each set has one digest for
+// that, SHA-256 or SHAKE128 for n = 16, else SHA-512 or SHAKE256.
+enum class SlhDsaVariant : unsigned char { Pure, Prehash };
+
 // Whether `signature` is the SLH-DSA signature of `message` under `publicKey` (FIPS 205 section
-// 10.3: the pure variant, with the empty context, as certificates use it by RFC 9909). Both must
-// have the sizes of `set`, one of kSlhDsaSets; what has not is refused before anything is hashed.
-// The time is that of 2,000 to 10,000 short digests and of one of the message.
-bool verifySlhDsa(const SlhDsaParameters& set, ByteView publicKey, ByteView message,
-                  ByteView signature) noexcept;
+// 10.3), with the empty context, as certificates use it by RFC 9909. Both must have the sizes of
+// `set`, one of kSlhDsaSets; what has not is refused before anything is hashed. The time is that of
+// 2,000 to 10,000 short digests and of one or two of the message.
+bool verifySlhDsa(const SlhDsaParameters& set, SlhDsaVariant variant, ByteView publicKey,
+                  ByteView message, ByteView signature) noexcept;
 
 }  // namespace certstore

@@ -17,9 +17,6 @@ namespace certstore {
 // half of the key, is hashed once, as each hash at an address begins with it. All outputs are cut
 // to the size of the span that takes them. For public data.
 
-// In front of a message in the pure variant with the empty context (FIPS 205 section 10.2).
-inline constexpr unsigned char kSlhDsaPureMessage[] = {0, 0};
-
 // FIPS 205 section 11.1.
 class SlhDsaShake {
 public:
@@ -42,11 +39,11 @@ public:
         sponge.squeeze(output);
     }
 
-    // H_msg. `randomizer`: the first octets of the signature.
-    static void hashMessage(ByteView randomizer, ByteView publicKey, ByteView message,
+    // H_msg. `randomizer`: the first octets of the signature. The message is in two parts.
+    static void hashMessage(ByteView randomizer, ByteView publicKey, ByteView head, ByteView tail,
                             std::span<unsigned char> output) noexcept {
         KeccakSponge sponge = makeShake256();
-        for (const ByteView part : {randomizer, publicKey, ByteView(kSlhDsaPureMessage), message})
+        for (const ByteView part : {randomizer, publicKey, head, tail})
             sponge.absorb(part);
         sponge.squeeze(output);
     }
@@ -77,10 +74,10 @@ public:
         finish(m_wide, {address.octets(), nodes}, output);
     }
 
-    static void hashMessage(ByteView randomizer, ByteView publicKey, ByteView message,
+    static void hashMessage(ByteView randomizer, ByteView publicKey, ByteView head, ByteView tail,
                             std::span<unsigned char> output) noexcept {
         std::array<unsigned char, Wide::kDigestSize> digest;
-        finish(Wide(), {randomizer, publicKey, kSlhDsaPureMessage, message}, digest);
+        finish(Wide(), {randomizer, publicKey, head, tail}, digest);
         // MGF1 (RFC 8017 appendix B.2.1).
         const ByteView seed = publicKey.first(publicKey.size() / 2);
         std::array<unsigned char, 4> counter;

@@ -1,20 +1,27 @@
-#include "support/crypto/SlhDsa.h"
-
 #include <algorithm>
+#include <iterator>
 
+#include "support/crypto/SlhDsa.h"
 #include "support/x509/SignatureSchemes.h"
 
 namespace certstore {
 
-static_assert(std::size(kSlhDsaKeys) == std::size(kSlhDsaSets));
+namespace {
+
+constexpr std::size_t kSetCount = std::size(kSlhDsaSets);
+static_assert(std::size(kSlhDsaKeys) == 2 * kSetCount);
+
+}  // namespace
 
 const char* verifySlhDsaScheme(const SignatureInput& input) {
     if (!input.parameters.empty() || !input.key.parameters.empty())
         return "The SLH-DSA signature or its key has parameters.";
     const auto* key =
         std::find(std::begin(kSlhDsaKeys), std::end(kSlhDsaKeys), input.key.algorithm);
-    const SlhDsaParameters& set = kSlhDsaSets[key - std::begin(kSlhDsaKeys)];
-    return verifySlhDsa(set, input.key.bits, input.signedBytes, input.signature)
+    const auto index = static_cast<std::size_t>(key - std::begin(kSlhDsaKeys));
+    const auto variant = index < kSetCount ? SlhDsaVariant::Pure : SlhDsaVariant::Prehash;
+    return verifySlhDsa(kSlhDsaSets[index % kSetCount], variant, input.key.bits, input.signedBytes,
+                        input.signature)
         ? nullptr
         : kSignatureDoesNotMatch;
 }

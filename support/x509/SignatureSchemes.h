@@ -73,7 +73,8 @@ inline constexpr OidBytes kEd448Keys[] = {OidBytes("1.3.101.113")};
 inline constexpr SignatureScheme kEd448{verifyEd448Scheme, kEd448Keys};
 
 // SLH-DSA (RFC 9909), no parameters anywhere. The algorithm of the signature and that of the key
-// have one OID, which tells the parameter set: kSlhDsaSets has them in the same order.
+// have one OID, which tells the parameter set, in the order of kSlhDsaSets, first those that sign
+// messages, then those that sign digests.
 const char* verifySlhDsaScheme(const SignatureInput& input);
 inline constexpr OidBytes kSlhDsaKeys[] = {
     OidBytes("2.16.840.1.101.3.4.3.20"), OidBytes("2.16.840.1.101.3.4.3.21"),
@@ -82,6 +83,12 @@ inline constexpr OidBytes kSlhDsaKeys[] = {
     OidBytes("2.16.840.1.101.3.4.3.26"), OidBytes("2.16.840.1.101.3.4.3.27"),
     OidBytes("2.16.840.1.101.3.4.3.28"), OidBytes("2.16.840.1.101.3.4.3.29"),
     OidBytes("2.16.840.1.101.3.4.3.30"), OidBytes("2.16.840.1.101.3.4.3.31"),
+    OidBytes("2.16.840.1.101.3.4.3.35"), OidBytes("2.16.840.1.101.3.4.3.36"),
+    OidBytes("2.16.840.1.101.3.4.3.37"), OidBytes("2.16.840.1.101.3.4.3.38"),
+    OidBytes("2.16.840.1.101.3.4.3.39"), OidBytes("2.16.840.1.101.3.4.3.40"),
+    OidBytes("2.16.840.1.101.3.4.3.41"), OidBytes("2.16.840.1.101.3.4.3.42"),
+    OidBytes("2.16.840.1.101.3.4.3.43"), OidBytes("2.16.840.1.101.3.4.3.44"),
+    OidBytes("2.16.840.1.101.3.4.3.45"), OidBytes("2.16.840.1.101.3.4.3.46"),
 };
 template <std::size_t kSet>
 inline constexpr SignatureScheme kSlhDsa{verifySlhDsaScheme,
