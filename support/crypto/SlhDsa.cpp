@@ -126,7 +126,7 @@ private:
             std::ranges::copy(take(path, m_set.n), (isRight ? left : right).begin());
             index /= 2;
             m_address.setPosition(height, index);
-            m_hash.hashNodes(m_address, std::span(pair).first(2 * m_set.n), node);
+            m_hash.hashPair(m_address, std::span(pair).first(2 * m_set.n), node);
         }
     }
 

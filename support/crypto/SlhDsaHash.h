@@ -30,7 +30,13 @@ public:
         hashNodes(address, node, output);
     }
 
-    // H and T, for two nodes and more.
+    // H, for two nodes.
+    void hashPair(const Address& address, ByteView nodes,
+                  std::span<unsigned char> output) const noexcept {
+        hashNodes(address, nodes, output);
+    }
+
+    // T, for any number of nodes.
     void hashNodes(const Address& address, ByteView nodes,
                    std::span<unsigned char> output) const noexcept {
         KeccakSponge sponge(m_seeded);
@@ -66,7 +72,12 @@ public:
 
     void hashNode(const Address& address, ByteView node,
                   std::span<unsigned char> output) const noexcept {
-        finish(m_narrow, {address.octets(), node}, output);
+        m_narrow.digestBehind(address.octets(), node, output);
+    }
+
+    void hashPair(const Address& address, ByteView nodes,
+                  std::span<unsigned char> output) const noexcept {
+        m_wide.digestBehind(address.octets(), nodes, output);
     }
 
     void hashNodes(const Address& address, ByteView nodes,
@@ -90,7 +101,7 @@ public:
     }
 
 private:
-    // Filled up to a whole block, so that what is copied for each hash has been compressed.
+    // Filled up to a whole block, so that it is compressed but once.
     template <class Hash>
     static Hash absorbSeed(ByteView seed) noexcept {
         std::array<unsigned char, Hash::kBlockSize> block{};
