@@ -108,6 +108,33 @@ TEST(Signatures, OfEveryAlgorithmVerify) {
     EXPECT_EQ(count, 25u + 8u);
 }
 
+TEST(Signatures, OfSlhDsaHaveTheirSizesAndNoParameters) {
+    using certstore::ByteView, certstore::bytesOf;
+    const std::string zeros(8000, '\0');
+    const ByteView all = bytesOf(zeros), null = all.first(2), none;
+    const std::string parameters = "The SLH-DSA signature or its key has parameters.";
+    const std::tuple<const char*, ByteView, ByteView, std::size_t, std::size_t, std::string>
+        kCases[] = {
+            {"parameters", null, none, 32, 7856, parameters},
+            {"parameters of the key", none, null, 32, 7856, parameters},
+            {"no key", none, none, 0, 7856, certstore::kSignatureDoesNotMatch},
+            {"a short key", none, none, 31, 7856, certstore::kSignatureDoesNotMatch},
+            {"a long key", none, none, 33, 7856, certstore::kSignatureDoesNotMatch},
+            {"no signature", none, none, 32, 0, certstore::kSignatureDoesNotMatch},
+            {"a short signature", none, none, 32, 7855, certstore::kSignatureDoesNotMatch},
+            {"zeros", none, none, 32, 7856, certstore::kSignatureDoesNotMatch},
+        };
+    for (const auto& [what, ofSignature, ofKey, key, size, reason] : kCases)
+        EXPECT_EQ(certstore::kSlhDsa<0>.verify(
+                      {{},
+                       ofSignature,
+                       none,
+                       all.first(size),
+                       {certstore::kSlhDsaKeys[0].view(), ofKey, all.first(key)}}),
+                  reason)
+            << what;
+}
+
 // Signatures that the tables have no verdict on: all that sign themselves are
 // good.
 TEST(Signatures, OfForeignSlhDsaVerify) {
