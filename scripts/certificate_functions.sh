@@ -4,6 +4,7 @@
 # NAME.key is the private key (PKCS#8) of NAME, NAME.pem its certificate.
 
 work=$(mktemp -d)
+export PYTHONDONTWRITEBYTECODE=1  # the scripts lie beside the data
 trap 'rm -rf "$work"' EXIT
 
 # Extensions of an ordinary issuer and of an ordinary end entity, for the scripts that source this.

@@ -18,11 +18,19 @@ constexpr Word loadBigEndian(const unsigned char* octets) noexcept {
             | static_cast<Word>(octets[2]) << 8 | octets[3];
 }
 
-// Writes sizeof(Word) octets, most significant first.
+// Writes sizeof(Word) octets, 4 or 8, most significant first; spelt out for the same reason.
 template <class Word>
 constexpr void storeBigEndian(Word word, unsigned char* octets) noexcept {
-    for (std::size_t i = sizeof(Word); i-- > 0; word = static_cast<Word>(word >> 8))
-        octets[i] = static_cast<unsigned char>(word);
+    static_assert(sizeof(Word) == 4 || sizeof(Word) == 8);
+    if constexpr (sizeof(Word) == 8) {
+        storeBigEndian(static_cast<std::uint32_t>(word >> 32), octets);
+        storeBigEndian(static_cast<std::uint32_t>(word), octets + 4);
+        return;
+    }
+    octets[0] = static_cast<unsigned char>(word >> 24);
+    octets[1] = static_cast<unsigned char>(word >> 16);
+    octets[2] = static_cast<unsigned char>(word >> 8);
+    octets[3] = static_cast<unsigned char>(word);
 }
 
 }  // namespace certstore

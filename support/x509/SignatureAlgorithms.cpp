@@ -8,7 +8,7 @@ namespace {
 
 using enum DigestAlgorithm;
 
-// RFC 3279, 4055, 5758, 8410, 9881; the most frequent ones first.
+// RFC 3279, 4055, 5758, 8410, 9881, 9909; the most frequent ones first.
 constexpr SignatureAlgorithm kAlgorithms[] = {
     {OidBytes("1.2.840.113549.1.1.11"), "sha256WithRSAEncryption", kRsaPkcs1, Sha256},
     {OidBytes("1.2.840.10045.4.3.2"), "ecdsa-with-SHA256", kEcdsa, Sha256},
@@ -45,6 +45,30 @@ constexpr SignatureAlgorithm kAlgorithms[] = {
     {OidBytes("2.16.840.1.101.3.4.3.17"), "ML-DSA-44", kMlDsa44Scheme},
     {OidBytes("2.16.840.1.101.3.4.3.18"), "ML-DSA-65", kMlDsa65Scheme},
     {OidBytes("2.16.840.1.101.3.4.3.19"), "ML-DSA-87", kMlDsa87Scheme},
+    {kSlhDsaKeys[0], "SLH-DSA-SHA2-128s", kSlhDsa<0>},
+    {kSlhDsaKeys[1], "SLH-DSA-SHA2-128f", kSlhDsa<1>},
+    {kSlhDsaKeys[2], "SLH-DSA-SHA2-192s", kSlhDsa<2>},
+    {kSlhDsaKeys[3], "SLH-DSA-SHA2-192f", kSlhDsa<3>},
+    {kSlhDsaKeys[4], "SLH-DSA-SHA2-256s", kSlhDsa<4>},
+    {kSlhDsaKeys[5], "SLH-DSA-SHA2-256f", kSlhDsa<5>},
+    {kSlhDsaKeys[6], "SLH-DSA-SHAKE-128s", kSlhDsa<6>},
+    {kSlhDsaKeys[7], "SLH-DSA-SHAKE-128f", kSlhDsa<7>},
+    {kSlhDsaKeys[8], "SLH-DSA-SHAKE-192s", kSlhDsa<8>},
+    {kSlhDsaKeys[9], "SLH-DSA-SHAKE-192f", kSlhDsa<9>},
+    {kSlhDsaKeys[10], "SLH-DSA-SHAKE-256s", kSlhDsa<10>},
+    {kSlhDsaKeys[11], "SLH-DSA-SHAKE-256f", kSlhDsa<11>},
+    {kSlhDsaKeys[12], "SLH-DSA-SHA2-128s-with-SHA256", kSlhDsa<12>},
+    {kSlhDsaKeys[13], "SLH-DSA-SHA2-128f-with-SHA256", kSlhDsa<13>},
+    {kSlhDsaKeys[14], "SLH-DSA-SHA2-192s-with-SHA512", kSlhDsa<14>},
+    {kSlhDsaKeys[15], "SLH-DSA-SHA2-192f-with-SHA512", kSlhDsa<15>},
+    {kSlhDsaKeys[16], "SLH-DSA-SHA2-256s-with-SHA512", kSlhDsa<16>},
+    {kSlhDsaKeys[17], "SLH-DSA-SHA2-256f-with-SHA512", kSlhDsa<17>},
+    {kSlhDsaKeys[18], "SLH-DSA-SHAKE-128s-with-SHAKE128", kSlhDsa<18>},
+    {kSlhDsaKeys[19], "SLH-DSA-SHAKE-128f-with-SHAKE128", kSlhDsa<19>},
+    {kSlhDsaKeys[20], "SLH-DSA-SHAKE-192s-with-SHAKE256", kSlhDsa<20>},
+    {kSlhDsaKeys[21], "SLH-DSA-SHAKE-192f-with-SHAKE256", kSlhDsa<21>},
+    {kSlhDsaKeys[22], "SLH-DSA-SHAKE-256s-with-SHAKE256", kSlhDsa<22>},
+    {kSlhDsaKeys[23], "SLH-DSA-SHAKE-256f-with-SHAKE256", kSlhDsa<23>},
 
     {OidBytes("1.2.840.113549.1.1.4"), "md5WithRSAEncryption", kBrokenDigest},
     {OidBytes("1.3.14.3.2.3"), "md5WithRSA", kBrokenDigest},

@@ -84,6 +84,28 @@ const char* verifyMlDsa87Scheme(const SignatureInput& input);
 inline constexpr OidBytes kMlDsa87Keys[] = {OidBytes("2.16.840.1.101.3.4.3.19")};
 inline constexpr SignatureScheme kMlDsa87Scheme{verifyMlDsa87Scheme, kMlDsa87Keys};
 
+// SLH-DSA (RFC 9909), no parameters anywhere. The algorithm of the signature and that of the key
+// have one OID, which tells the parameter set, in the order of kSlhDsaSets, first those that sign
+// messages, then those that sign digests.
+const char* verifySlhDsaScheme(const SignatureInput& input);
+inline constexpr OidBytes kSlhDsaKeys[] = {
+    OidBytes("2.16.840.1.101.3.4.3.20"), OidBytes("2.16.840.1.101.3.4.3.21"),
+    OidBytes("2.16.840.1.101.3.4.3.22"), OidBytes("2.16.840.1.101.3.4.3.23"),
+    OidBytes("2.16.840.1.101.3.4.3.24"), OidBytes("2.16.840.1.101.3.4.3.25"),
+    OidBytes("2.16.840.1.101.3.4.3.26"), OidBytes("2.16.840.1.101.3.4.3.27"),
+    OidBytes("2.16.840.1.101.3.4.3.28"), OidBytes("2.16.840.1.101.3.4.3.29"),
+    OidBytes("2.16.840.1.101.3.4.3.30"), OidBytes("2.16.840.1.101.3.4.3.31"),
+    OidBytes("2.16.840.1.101.3.4.3.35"), OidBytes("2.16.840.1.101.3.4.3.36"),
+    OidBytes("2.16.840.1.101.3.4.3.37"), OidBytes("2.16.840.1.101.3.4.3.38"),
+    OidBytes("2.16.840.1.101.3.4.3.39"), OidBytes("2.16.840.1.101.3.4.3.40"),
+    OidBytes("2.16.840.1.101.3.4.3.41"), OidBytes("2.16.840.1.101.3.4.3.42"),
+    OidBytes("2.16.840.1.101.3.4.3.43"), OidBytes("2.16.840.1.101.3.4.3.44"),
+    OidBytes("2.16.840.1.101.3.4.3.45"), OidBytes("2.16.840.1.101.3.4.3.46"),
+};
+template <std::size_t kSet>
+inline constexpr SignatureScheme kSlhDsa{verifySlhDsaScheme,
+                                         std::span(kSlhDsaKeys).subspan(kSet, 1)};
+
 // Known by name, and always refused: messages with the same MD2, MD4 or MD5 digest can be made, and
 // have been to forge CA certificates (RFC 6149, 6150, 6151).
 inline constexpr SignatureScheme kBrokenDigest{};

@@ -80,7 +80,7 @@ TEST_F(SystemCertsChainTest, FollowsKeyIdentifiersThenNamesButNotForEver) {
 }
 
 TEST_F(SystemCertsChainTest, ChecksEverySignatureUnlessToldNotTo) {
-    const Certs twins = certs("same-dn.pem");
+    const Certs twins = certs("same-dn.pem"), mixed = certs("post-quantum.pem");
     X509Certificate &root = cert("root.pem"), &rsaRoot = cert("rsa-root.pem"),
                     &ec = cert("ec-below-rsa.pem"), &rsa = cert("rsa-below-ec.pem"),
                     &self = cert("self-issued-bad-sig.pem"), &leaf = cert("leaf.pem"),
@@ -89,6 +89,10 @@ TEST_F(SystemCertsChainTest, ChecksEverySignatureUnlessToldNotTo) {
     const Row kRows[] = {
         {"EC below RSA", {&ec, &rsaRoot}, &ec, Check, kCompleted, {&ec, &rsaRoot}},
         {"RSA below EC", {&rsa, &root}, &rsa, Check, kCompleted, {&rsa, &root}},
+        {"P-256 below SLH-DSA", mixed, mixed[2], Check, kCompleted, {mixed[2], mixed[1]}},
+        {"SLH-DSA below P-256", mixed, mixed[3], Check, kCompleted, {mixed[3], mixed[0]}},
+        {"P-256 below ML-DSA", mixed, mixed[5], Check, kCompleted, {mixed[5], mixed[4]}},
+        {"ML-DSA below P-256", mixed, mixed[6], Check, kCompleted, {mixed[6], mixed[0]}},
         {"the first of two with that name did not sign", twins, twins[3], Check, kBad, {}},
         {"unasked", twins, twins[3], Skip, kCompleted, {twins[3], twins[0]}},
         {"self-issued, signed by another key", {}, &self, Check, kBad, {}},

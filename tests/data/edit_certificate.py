@@ -3,29 +3,25 @@
 
 usage: edit_certificate.py CERTIFICATE.pem KEY|- [PART=HEX]...
 
-PART is `serial`, `algorithm` (inside), `issuer` or `subject` with a whole DER element, `outer` (the
-algorithm outside) likewise. A PART that is itself hexadecimal stands for those bytes of the signed
-part, which must occur there once; HEX must be as long. Signs anew with KEY (ECDSA with SHA-256)
-unless it is "-". The certificate is replaced in its file.
+PART is `serial`, `algorithm` (inside), `issuer`, `subject` or `key` with a whole DER element, `outer`
+(the algorithm outside) likewise. A PART that is itself hexadecimal stands for those bytes of the
+signed part, which must occur there once; HEX must be as long. Signs anew with KEY (ECDSA with
+SHA-256, or a key of post_quantum.py in a file *.pq) unless it is "-". The certificate is replaced in
+its file.
 """
 import subprocess
 import sys
 import tempfile
 
-PARTS = ["version", "serial", "algorithm", "issuer", "validity", "subject"]
+import post_quantum
+from post_quantum import element
+
+PARTS = ["version", "serial", "algorithm", "issuer", "validity", "subject", "key"]
 
 
 def openssl(*arguments, data=None):
     return subprocess.run(["openssl", *arguments], input=data, stdout=subprocess.PIPE,
                           check=True).stdout
-
-
-def element(tag, content):
-    length = len(content)
-    if length < 0x80:
-        return bytes([tag, length]) + content
-    size = (length.bit_length() + 7) // 8
-    return bytes([tag, 0x80 | size]) + length.to_bytes(size, "big") + content
 
 
 def split(der):
@@ -47,6 +43,8 @@ def inside(der):
 
 
 def sign(tbs, key):
+    if key.endswith(".pq"):
+        return post_quantum.read_key(key).sign(tbs)
     with tempfile.NamedTemporaryFile() as file:
         file.write(tbs)
         file.flush()

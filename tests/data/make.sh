@@ -347,3 +347,4 @@ make_names
 make_bundles
 ./make_keys.sh
 ./make_algorithms.sh
+./make_post_quantum.sh
