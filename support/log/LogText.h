@@ -14,8 +14,8 @@
 //
 // A context is its name and a colon; what belongs to it stands four columns further right. Errors
 // begin with "ERROR: ", tagged values with their tag, a null value is "(null)". Control characters
-// come as \xHH: nothing that a certificate holds can forge a line. Writing may throw std::bad_alloc;
-// an entry is then missing as a whole.
+// come as \xHH: nothing that a certificate holds can forge a line. Writing may throw
+// std::bad_alloc; an entry is then missing as a whole.
 class LogText final : public LogBase {
 public:
     LogText() = default;
