@@ -23,7 +23,8 @@
 // CertificateHolder of his own.
 //
 // A miss is null and silent. Operations that cannot make the indexes fail with the error
-// "Failed to create cert repository hash map.". All may throw std::bad_alloc where they copy text.
+// "Failed to create cert repository hash map.". All but getNumCerts may throw std::bad_alloc, also
+// through the log; what was done before stays, and doing it again completes it.
 class CertRepository : public ZorvenCritSec {
 public:
     // Makes no index yet; the first operation that needs them does.

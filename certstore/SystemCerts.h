@@ -32,7 +32,9 @@ class Pkcs12;
 // CertificateHolder of it.
 //
 // Results. A miss is null or false and writes no entry unless the operation says so. No operation
-// throws on bad input; all may throw std::bad_alloc. A log must not call the store it logs for.
+// throws on bad input. All but createNewRcObject may throw std::bad_alloc: what was done before
+// stays, nothing is handed over, and doing it again completes it. A log must not call the
+// store it logs for.
 class SystemCerts : public RefCountedObject {
 public:
     // An empty store without references. Only one on the heap may be given to a holder, which
@@ -58,15 +60,15 @@ public:
     // are none (one error names the field and byte) or it cannot be added.
     bool addCertDer(DataBuffer& der, LogBase& log);
 
-    // Adds every certificate of a parsed container, with the private keys attached there. `certOut`,
-    // unless null, receives a new holder, the caller's: of the first certificate with a private
-    // key, else of the first; null when there is none. False, with an error, at the first that
-    // cannot be added: those before it stay, and `certOut` is null.
+    // Adds every certificate of a parsed container, with the private keys attached there.
+    // `certOut`, unless null, receives a new holder, the caller's: of the first certificate with a
+    // private key, else of the first; null when there is none. False, with an error, at the first
+    // that cannot be added: those before it stay, and `certOut` is null.
     bool addPkcs12(Pkcs12& pkcs12, CertificateHolder** certOut, LogBase& log);
 
     // Parses a PKCS#12 file (Pkcs12.h: limits, passwords, errors) and adds what it holds, as above.
-    // `numPrivateKeys` becomes the number of its private keys. Empty bytes are false without an entry, and
-    // leave `certOut` as it was. The store is locked while the file is decrypted.
+    // `numPrivateKeys` becomes the number of its private keys. Empty bytes are false without an
+    // entry, and leave `certOut` as it was. The store is locked while the file is decrypted.
     bool addPfxSource(const DataBuffer& pfx, const char* password, CertificateHolder** certOut,
                       int& numPrivateKeys, LogBase& log);
 
@@ -180,7 +182,8 @@ private:
 };
 
 // Keeps one store alive. Starts with a fresh, empty one; two holders share a store when one is set
-// to the other's. A holder is used by one thread at a time; holders that share a store by any.
+// to the other's. A holder is used by one thread at a time; holders that share a store by any. Only
+// merging may throw std::bad_alloc.
 class SystemCertsHolder {
 public:
     SystemCertsHolder();

@@ -4,7 +4,7 @@
 
 // Growable buffer that owns its bytes: DER encodings and raw key identifiers. Holds at most
 // 4 GiB - 1; what would be larger, or cannot be allocated, throws std::bad_alloc and leaves the
-// content as it was.
+// content as it was. So every function that appends to one may throw it.
 class DataBuffer {
 public:
     DataBuffer() noexcept = default;

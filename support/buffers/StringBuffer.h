@@ -8,7 +8,8 @@
 // Growable UTF-8 text that owns its bytes and is always NUL-terminated; the type of every index
 // key. Short texts lie within the object. Holds at most 4 GiB - 2 bytes; an append that needs
 // more, or memory that there is not, throws std::bad_alloc and never truncates: the text stays
-// as it was. Texts given in may lie within the buffer itself. A null C string counts as empty.
+// as it was; so every function that appends to one may throw it. Texts given in may lie within the
+// buffer itself. A null C string counts as empty.
 class StringBuffer : public ZorvenObject {
 public:
     StringBuffer() noexcept : m_data(m_inline) { m_inline[0] = '\0'; }

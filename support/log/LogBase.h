@@ -10,6 +10,8 @@
 // kept beyond the call it is passed to. An implementation must not call the store that it logs for.
 //
 // Derive from it to send the entries elsewhere; texts passed in are only valid during the call.
+// Writing may throw std::bad_alloc, which ends the operation that logs; LeaveContext never does,
+// and is called for every context that EnterContext has entered.
 class LogBase {
 public:
     virtual ~LogBase() = default;

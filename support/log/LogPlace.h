@@ -8,7 +8,8 @@
 namespace certstore {
 
 // Hands entries on to another log, with the place that they are about in front of errors. Lets a
-// lower layer say what is wrong and the caller where, in one entry.
+// lower layer say what is wrong and the caller where, in one entry. Throws as that log does, and
+// std::bad_alloc.
 class LogPlace final : public LogBase {
 public:
     // `place` ends in what is to stand before the message, such as ": ".

@@ -1,5 +1,7 @@
 #include "support/log/LogText.h"
 
+#include <new>
+
 #include "support/encoding/Hex.h"
 
 namespace {
@@ -17,8 +19,7 @@ void LogText::LogInfo(const char* message) {
 }
 
 void LogText::EnterContext(const char* name) {
-    addLine("", name);
-    m_text.insert(m_text.size() - 1, 1, ':');
+    addLine("", name, ":\n");
     ++m_depth;
 }
 
@@ -30,11 +31,18 @@ void LogText::LogData(const char* tag, const char* value) {
     addLine(std::string(tag).append(": "), value);
 }
 
-void LogText::addLine(std::string_view prefix, const char* text) {
-    m_text.append(m_depth * kIndent, ' ');
-    m_text.append(prefix);
-    appendPrintable(text ? text : "(null)");
-    m_text.push_back('\n');
+// Part of a line would come to stand in front of the next one.
+void LogText::addLine(std::string_view prefix, const char* text, std::string_view end) {
+    const std::size_t before = m_text.size();
+    try {
+        m_text.append(m_depth * kIndent, ' ');
+        m_text.append(prefix);
+        appendPrintable(text ? text : "(null)");
+        m_text.append(end);
+    } catch (const std::bad_alloc&) {
+        m_text.resize(before);
+        throw;
+    }
 }
 
 void LogText::appendPrintable(std::string_view text) {

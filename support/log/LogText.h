@@ -14,7 +14,8 @@
 //
 // A context is its name and a colon; what belongs to it stands four columns further right. Errors
 // begin with "ERROR: ", tagged values with their tag, a null value is "(null)". Control characters
-// come as \xHH: nothing that a certificate holds can forge a line.
+// come as \xHH: nothing that a certificate holds can forge a line. Writing may throw
+// std::bad_alloc; an entry is then missing as a whole.
 class LogText final : public LogBase {
 public:
     LogText() = default;
@@ -31,7 +32,7 @@ public:
     void clear() noexcept { m_text.clear(); }
 
 private:
-    void addLine(std::string_view prefix, const char* text);
+    void addLine(std::string_view prefix, const char* text, std::string_view end = "\n");
     void appendPrintable(std::string_view text);
 
     std::string m_text;

@@ -31,7 +31,8 @@ using PfxItems = std::vector<std::unique_ptr<PfxItem>>;
 // Reads the bytes of one PKCS#12 file (RFC 7292) down to its bags. Used once.
 class PfxParser {
 public:
-    PfxParser(const Pkcs12Limits& limits, LogBase& log) noexcept
+    // The limits are kept, not copied. Throws std::bad_alloc.
+    PfxParser(const Pkcs12Limits& limits, LogBase& log)
         : m_limits(limits), m_log(log), m_budget(limits) {}
 
     // Fills `items`. `macVerified` tells whether the file had a MAC, which then matched. False,

@@ -2,6 +2,7 @@
 
 #include <cstring>
 
+#include "support/base/ConstantTime.h"
 #include "support/encoding/Utf8.h"
 
 namespace certstore {
@@ -61,7 +62,7 @@ PfxPassword::PfxPassword(const char* password) {
     appendFromUtf8(m_forms[0], bytes);
     addForm("password as UTF-8");
     appendFromLatin1(m_forms[1], bytes);
-    if (!equalBytes(bmpBytes(0), bmpBytes(1)))
+    if (!equalSecrets(bmpBytes(0), bmpBytes(1)))
         addForm("password as Latin-1");
 }
 

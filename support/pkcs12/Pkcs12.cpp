@@ -93,7 +93,7 @@ bool Pkcs12::pkcs12FromDb(const DataBuffer& pfx, const char* password, bool& mac
                           LogBase& log) {
     LogContextExitor context(log, "pkcs12FromDb");
     macVerified = false;
-    m_contents = std::make_unique<Contents>();
+    *m_contents = {};
     const certstore::PfxPassword forms(password);
     certstore::PfxItems items;
     certstore::PfxParser parser(m_limits, log);

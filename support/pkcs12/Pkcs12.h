@@ -14,7 +14,7 @@
 // file's own integrity. Used by one thread at a time.
 class Pkcs12 {
 public:
-    // An empty container that reads within these limits.
+    // An empty container that reads within these limits. Throws std::bad_alloc.
     explicit Pkcs12(const certstore::Pkcs12Limits& limits = {});
     ~Pkcs12();
 
@@ -29,7 +29,8 @@ public:
     // False, with the container empty and one error that names the place and the reason, when the
     // bytes are no PKCS#12 ("Not PKCS#12."), the password is wrong ("MAC does not match: wrong
     // password or damaged."), an algorithm is not known, a certificate or key inside is malformed,
-    // or a limit is exceeded. Throws std::bad_alloc.
+    // or a limit is exceeded. Throws std::bad_alloc, with the
+    // container empty or, when the log had no memory for the context, as it was.
     bool pkcs12FromDb(const DataBuffer& pfx, const char* password, bool& macVerified, LogBase& log);
 
     int get_NumCerts() const noexcept;

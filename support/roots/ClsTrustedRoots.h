@@ -9,7 +9,8 @@
 
 // A set of root certificates in the making: loaded first, then activated for the process, for the
 // application (TrustedRoots) or as the operating system's (SysTrustedRoots). Activated roots
-// outlive it. Used by one thread at a time.
+// outlive it. Used by one thread at a time. Loading and activating may throw std::bad_alloc; roots
+// done before stay, and doing it again adds the others.
 class ClsTrustedRoots : public ClsBase {
 public:
     // A new empty object, the caller's, to be given back with deleteSelf. Null when it cannot be

@@ -15,7 +15,7 @@ namespace certstore {
 
 // A set of root certificates, found by subject DN or subject key identifier without a walk. Several
 // may share either; they keep the order in which they were added, and the first that fits answers.
-// Any number of threads may ask while one adds.
+// Any number of threads may ask while one adds. What is not noexcept may throw std::bad_alloc.
 class RootIndex {
 public:
     RootIndex() = default;
@@ -32,7 +32,7 @@ public:
     // std::bad_alloc, and has then added nothing.
     bool add(X509Certificate& root);
 
-    // Adds what `other` holds, in its order.
+    // Adds what `other` holds, in its order. When it throws, those before stay.
     void addAll(const RootIndex& other);
 
     // Puts the DER of the root with this subject DN (no-tags form) in place of what `der` held: of

@@ -24,7 +24,8 @@ public:
     static bool getTrustedRootDer_ski(const char* subjectKeyId, DataBuffer& der, LogBase& log);
 
     // What ClsTrustedRoots does when it is activated: adds roots behind those that are there; one
-    // that is there already is not kept twice. Sets m_alreadyLoaded when the set then holds any.
+    // that is there already is not kept twice. Sets m_alreadyLoaded when the set then holds any,
+    // but not when it throws: what is missing is read again.
     static void addRoots(const certstore::RootIndex& roots);
 
     // Empties the set and clears m_alreadyLoaded: the next miss reads the CA bundle again.

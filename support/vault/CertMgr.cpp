@@ -186,15 +186,16 @@ bool CertMgr::addPfx(const DataBuffer& pfx, const char* password, LogBase& log) 
     bool macVerified = false;
     if (!container.pkcs12FromDb(pfx, password, macVerified, log))
         return false;
-    for (int i = 0; i < container.get_NumCerts(); ++i)
-        addCert(ZorvenOwner<CertificateHolder>(
-                    CertificateHolder::createFromCert(container.getPkcs12Cert(i, log), log)),
-                log);
+    // Keys first: whenever memory ends, none is at a certificate that setKeysNotExportable misses.
     for (int i = 0; i < container.get_NumPrivateKeys(); ++i) {
         auto key = std::make_unique<Key>();
         if (key->key.takePrivateKeyFrom(*container.getPrivateKey(i), log))
             addKey(std::move(key), log);
     }
+    for (int i = 0; i < container.get_NumCerts(); ++i)
+        addCert(ZorvenOwner<CertificateHolder>(
+                    CertificateHolder::createFromCert(container.getPkcs12Cert(i, log), log)),
+                log);
     return true;
 }
 
@@ -208,11 +209,12 @@ X509Certificate* CertMgr::addCert(ZorvenOwner<CertificateHolder> holder, LogBase
     return cert;
 }
 
-CertMgr::Key* CertMgr::addKey(std::unique_ptr<Key> key, LogBase& log) {
+CertMgr::Key* CertMgr::addKey(std::unique_ptr<Key> added, LogBase& log) {
+    // Before a certificate shares it, for the same reason.
+    Key& key = *m_keys.emplace_back(std::move(added));
     for (int i = 0; i < getNumCerts(); ++i)
-        key->matched = attach(certAt(i, log), key->key, KeyMatch::Same, log) || key->matched;
-    m_keys.push_back(std::move(key));
-    return m_keys.back().get();
+        key.matched = attach(certAt(i, log), key.key, KeyMatch::Same, log) || key.matched;
+    return &key;
 }
 
 X509Certificate& CertMgr::certAt(int index, LogBase& log) const {

@@ -71,7 +71,7 @@ private:
 
     X509Certificate& certAt(int index, LogBase& log) const;
     X509Certificate* addCert(ZorvenOwner<CertificateHolder> holder, LogBase& log);
-    Key* addKey(std::unique_ptr<Key> key, LogBase& log);
+    Key* addKey(std::unique_ptr<Key> added, LogBase& log);
     bool addPemBlocks(std::string_view pem, const char* password, std::vector<PemItem>& items,
                       LogBase& log);
     PemItem addPemBlock(const certstore::PemBlock& block, certstore::PemKeys& keys, LogBase& log);

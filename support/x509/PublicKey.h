@@ -13,7 +13,8 @@ enum class KeyMatch;
 
 // The key that travels with a certificate: nothing, a public key, or a private key. It becomes
 // private once, and then stays so with that key: of several that load or attach one at the same
-// time the first wins. May be read by any thread meanwhile.
+// time the first wins. May be read by any thread meanwhile. What is not noexcept may throw
+// std::bad_alloc, and has then changed nothing but a buffer that it fills.
 class _zvPublicKey {
 public:
     // An empty key, to load a private key into.

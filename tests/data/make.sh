@@ -254,6 +254,24 @@ $without_aki"
     show tampered "Signed as 'Tampered A'." >tampered.pem
 }
 
+# Names, identifiers, serial numbers and addresses that are all longer than the room that the
+# library's texts have within themselves.
+make_long() {
+    local names member serial=0102030405060708090A0B0C0D0E0F10111213
+    names=$(printf '/OU=%060d' 1 2 3 4)$org/CN=Long$(printf ' %054d' 0)
+    # key_ids OWN ISSUER: 40 times these two digits.
+    key_ids() {
+        printf 'subjectKeyIdentifier=%s\n' "$(printf "$1%.0s" {1..40})"
+        printf '2.5.29.35=DER:302A8028%s\n' "$(printf "$2%.0s" {1..40})"
+    }
+    serial=7A$serial issue long-root long-root "$names A" "$ca_extensions"$'\n'"$(key_ids A0 A0)"
+    serial=7B$serial issue long-middle long-root "$names B" "$ca_extensions"$'\n'"$(key_ids B0 A0)"
+    serial=7C$serial issue long-leaf long-middle "$names C" "$leaf_extensions"$'\n'"$(key_ids C0 B0)
+subjectAltName=email:$(printf 'A%060d@%060d.example' 0 0)"
+    for member in leaf middle root; do cat "$work/long-$member.pem"; done >long.pem
+    cp "$work/long-leaf.key" long.key
+}
+
 make_names() {
     local file=names.pem c=C:printable:XX type
     : >$file
@@ -343,6 +361,7 @@ make_chains
 make_twins
 make_serials
 make_oddities
+make_long
 make_names
 make_bundles
 ./make_keys.sh
