@@ -5,9 +5,9 @@
 # peers that the benchmarks run beside, with `fuzz` also the compiler that has libFuzzer.
 set -euo pipefail
 
-packages=(cmake ninja-build g++ libgtest-dev nlohmann-json3-dev openssl ca-certificates)
+packages=(cmake ninja-build g++ libgtest-dev libssl-dev nlohmann-json3-dev openssl ca-certificates)
 [[ ${1:-} != interop ]] || packages+=(gnutls-bin libnss3-tools default-jre-headless)
-[[ ${1:-} != bench ]] || packages+=(libbenchmark-dev pkg-config libssl-dev libgnutls28-dev libmbedtls-dev
+[[ ${1:-} != bench ]] || packages+=(libbenchmark-dev pkg-config libgnutls28-dev libmbedtls-dev
     libnss3-dev python3 python3-matplotlib)
 [[ ${1:-} != fuzz ]] || packages+=(clang libclang-rt-dev)
 

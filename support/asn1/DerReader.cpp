@@ -7,6 +7,10 @@ namespace {
 // Four length octets address 4 GiB; inputs are smaller.
 constexpr std::size_t kMaxLengthOctets = 4;
 
+bool isBoolean(ByteView octets) noexcept {
+    return octets.size() == 1 && (octets[0] == 0x00 || octets[0] == 0xff);
+}
+
 bool isInteger(ByteView octets) noexcept {
     if (octets.size() < 2)
         return !octets.empty();
@@ -21,6 +25,31 @@ bool isBitString(ByteView octets) noexcept {
 }
 
 }  // namespace
+
+bool isWellFormedContent(unsigned char tag, ByteView content) noexcept {
+    // EXTERNAL, EMBEDDED PDV, SEQUENCE, SET and CHARACTER STRING: in DER these universal types are
+    // constructed, and no others (X.690 sections 8 and 10.2).
+    constexpr unsigned int kConstructed = 1U << 8 | 1U << 11 | 1U << 16 | 1U << 17 | 1U << 29;
+    switch (static_cast<DerTag>(tag)) {
+        case DerTag::Boolean:
+            return isBoolean(content);
+        case DerTag::Integer:
+        case DerTag::Enumerated:
+            return isInteger(content);
+        case DerTag::BitString:
+            return isBitString(content);
+        case DerTag::Null:
+            return content.empty();
+        case DerTag::Oid:
+            return isWellFormedOid(content);
+        case DerTag::BmpString:
+            return content.size() % 2 == 0;
+        case DerTag::UniversalString:
+            return content.size() % 4 == 0;
+        default:
+            return tag >= 0x40 || ((kConstructed >> (tag & 0x1f) & 1) != 0) == ((tag & 0x20) != 0);
+    }
+}
 
 DerReader::Sizes DerReader::sizesWithLongLength(ByteView rest) noexcept {
     const std::size_t octets = rest[1] & 0x7f;
@@ -70,9 +99,7 @@ bool DerReader::readSmallInteger(int& value) noexcept {
 bool DerReader::readBoolean(bool& value) noexcept {
     const Sizes sizes = nextSizes();
     const ByteView octets = contentOf(sizes);
-    if (!nextIs(DerTag::Boolean) || octets.size() != 1)
-        return false;
-    if (octets[0] != 0x00 && octets[0] != 0xff)
+    if (!nextIs(DerTag::Boolean) || !isBoolean(octets))
         return false;
     value = octets[0] != 0;
     pass(sizes);

@@ -15,6 +15,7 @@ enum class DerTag : unsigned char {
     OctetString = 0x04,
     Null = 0x05,
     Oid = 0x06,
+    Enumerated = 0x0a,
     Utf8String = 0x0c,
     NumericString = 0x12,
     PrintableString = 0x13,
@@ -33,6 +34,11 @@ enum class DerTag : unsigned char {
 constexpr unsigned char contextTag(unsigned char number, bool constructed) noexcept {
     return static_cast<unsigned char>(0x80 | (constructed ? 0x20 : 0) | number);
 }
+
+// Whether a value with this identifier octet may have this content, as far as its type says: for
+// values of any type, which none of the readers below is asked for. The characters of strings and
+// times are not looked at, nor are values within it.
+bool isWellFormedContent(unsigned char tag, ByteView content) noexcept;
 
 // A cursor over DER (X.690 section 10). It owns nothing, copies nothing and does not move when a
 // read fails. Lengths are definite and minimal; multi-byte tags are not read (no certificate has

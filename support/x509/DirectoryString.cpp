@@ -167,7 +167,7 @@ bool isNameValue(unsigned char tag, ByteView content) noexcept {
         case DerTag::UniversalString:
             return isWideText(WideText(content, 4));
         case DerTag::BitString:
-            return !content.empty() && content[0] <= 7;
+            return isWellFormedContent(tag, content);
         case DerTag::PrintableString:
         case DerTag::Ia5String:
         case DerTag::NumericString:

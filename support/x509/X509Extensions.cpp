@@ -17,9 +17,21 @@ void readSubjectKeyId(ByteView value, X509Fields& fields) noexcept {
 
 void readAuthorityKeyId(ByteView value, X509Fields& fields) noexcept {
     DerReader der(value), inner;
-    ByteView keyId;
-    if (der.readSequence(inner) && der.atEnd() && inner.read(contextTag(0, false), keyId))
+    ByteView keyId, ignored;
+    if (!der.readSequence(inner) || !der.atEnd() || !inner.read(contextTag(0, false), keyId))
+        return;
+    // authorityCertIssuer and authorityCertSerialNumber, each of which may be absent.
+    (void)inner.read(contextTag(1, true), ignored);
+    (void)inner.read(contextTag(2, false), ignored);
+    if (inner.atEnd())
         fields.authorityKeyId = keyId;
+}
+
+// [0] to [8], of which otherName, x400Address, directoryName and ediPartyName are constructed.
+constexpr bool isGeneralNameTag(unsigned char tag) noexcept {
+    constexpr unsigned int kConstructed = 1U << 0 | 1U << 3 | 1U << 4 | 1U << 5;
+    const unsigned int number = tag & 0x1f;
+    return number <= 8 && tag == contextTag(tag & 0x1f, (kConstructed >> number & 1) != 0);
 }
 
 void readSubjectAltName(ByteView value, X509Fields& fields) noexcept {
@@ -31,7 +43,7 @@ void readSubjectAltName(ByteView value, X509Fields& fields) noexcept {
     while (!names.atEnd()) {
         unsigned char tag;
         ByteView content, whole;
-        if (!names.readAny(tag, content, whole))
+        if (!names.readAny(tag, content, whole) || !isGeneralNameTag(tag))
             return;
         if (tag == kRfc822Name && email.empty())
             email = content;

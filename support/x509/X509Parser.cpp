@@ -75,10 +75,8 @@ bool Parser::readVersion(DerReader& tbs) noexcept {
     return number <= 2;
 }
 
-// Not readInteger: CAs have issued serials with superfluous octets in front, too.
 bool Parser::readSerial(DerReader& tbs) noexcept {
-    return at("serialNumber", tbs) && tbs.read(DerTag::Integer, m_fields.serial)
-        && !m_fields.serial.empty();
+    return at("serialNumber", tbs) && tbs.readInteger(m_fields.serial);
 }
 
 bool Parser::readAlgorithm(const char* field, DerReader& outer, ByteView& whole) noexcept {
@@ -86,7 +84,9 @@ bool Parser::readAlgorithm(const char* field, DerReader& outer, ByteView& whole)
     ByteView oid, parameters, content;
     unsigned char tag;
     return at(field, outer) && outer.readSequence(inner, whole) && inner.readOid(oid)
-        && (inner.atEnd() || inner.readAny(tag, content, parameters)) && inner.atEnd();
+        && (inner.atEnd()
+            || (inner.readAny(tag, content, parameters) && isWellFormedContent(tag, content)))
+        && inner.atEnd();
 }
 
 bool Parser::readName(const char* field, DerReader& tbs, ByteView& name) noexcept {
@@ -134,10 +134,12 @@ bool Parser::readSpki(DerReader& tbs) noexcept {
 }
 
 bool Parser::readUniqueId(const char* field, DerReader& tbs, unsigned char number) noexcept {
-    ByteView ignored;
+    const unsigned char tag = contextTag(number, false);
+    ByteView bits;
     at(field, tbs);
-    return tbs.peekTag() != contextTag(number, false)
-        || tbs.read(contextTag(number, false), ignored);
+    return tbs.peekTag() != tag
+        || (tbs.read(tag, bits)
+            && isWellFormedContent(static_cast<unsigned char>(DerTag::BitString), bits));
 }
 
 bool Parser::readExtensions(DerReader& tbs) noexcept {

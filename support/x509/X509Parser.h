@@ -17,11 +17,11 @@ struct X509ParseError {
 
 // Splits a DER certificate (RFC 5280 section 4.1) into its fields, which are slices of `der`.
 //
-// The structure is strict DER, with nothing left over. What real CAs have issued passes: any serial
-// number, empty names, explicit defaults, dates of any content, unknown extensions, extensions in
-// any version. Names hold RDNs of at least one attribute, with values that isNameValue allows. An
-// extension that we read but that is malformed, or stands twice, counts as absent. False on
-// anything else.
+// The structure is strict DER, with nothing left over. What real CAs have issued passes: serial
+// numbers of any size and sign, empty names, explicit defaults, dates of any content, unknown
+// extensions, extensions in any version. Names hold RDNs of at least one attribute, with values
+// that isNameValue allows. An extension that we read but that is malformed, or stands twice, counts
+// as absent. False on anything else.
 [[nodiscard]] bool parseX509(ByteView der, X509Fields& fields, X509ParseError& error) noexcept;
 
 }  // namespace certstore

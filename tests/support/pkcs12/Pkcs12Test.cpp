@@ -88,28 +88,6 @@ TEST(Pkcs12, GivesNamesAndKeysAsTheFileHasThem) {
     EXPECT_TRUE(notExportable);
 }
 
-// Every cut, and every changed byte of the first kilobyte, fails with one error or gives the same.
-TEST(Pkcs12, DamageIsNoticedOrHarmless) {
-    const auto readsCleanly = [](const Bytes& bytes) {
-        const Opened opened(bytes, "password");
-        const Pkcs12& container = opened.container;
-        EXPECT_EQ(opened.error().empty(), opened.good) << opened.error();
-        EXPECT_EQ(opened.error().find('|'), std::string::npos) << opened.error();
-        EXPECT_EQ(opened.good, container.get_NumCerts() + container.get_NumPrivateKeys() != 0);
-        return opened.good;
-    };
-    for (const char* name : {"pfx-quick.p12", "pfx-plain.p12", "pfx-legacy.p12"}) {
-        Bytes pfx = file(name);
-        for (std::size_t size = 0; size < pfx.size(); ++size)
-            ASSERT_FALSE(readsCleanly(pfx.substr(0, size))) << name << " cut to " << size;
-        for (std::size_t at = 0; at < 1024; ++at) {
-            pfx[at] ^= 0x55;
-            readsCleanly(pfx);
-            pfx[at] ^= 0x55;
-        }
-    }
-}
-
 // Files put together here, to declare what no tool would.
 Bytes number(std::uint64_t value) {
     Bytes content(1, '\0');

@@ -1,56 +1,12 @@
 // Signatures of foreign test suites in the format of Project Wycheproof.
 
 #include <algorithm>
-#include <set>
 
-#include "support/crypto/RsaPss.h"
 #include "support/x509/NamedCurves.h"
-#include "support/x509/SignatureSchemes.h"
-#include "tests/support/crypto/Vectors.h"
+#include "tests/support/x509/SignatureVectors.h"
 
 namespace certstore {
 namespace {
-
-SignatureScheme schemeOf(const std::string& type, ByteView keyAlgorithm) {
-    for (const SignatureScheme& scheme :
-         {kEd25519, kEd448, kMlDsa44Scheme, kMlDsa65Scheme, kMlDsa87Scheme})
-        if (scheme.keys[0] == keyAlgorithm)
-            return scheme;
-    static const std::map<std::string, SignatureScheme> kSchemes = {
-        {"EcdsaVerify", kEcdsa},
-        {"DsaVerify", kDsa},
-        {"RsassaPkcs1Verify", kRsaPkcs1},
-        {"RsassaPssWithParametersVerify", kRsaPss},
-    };
-    return kSchemes.at(type);
-}
-
-bool verify(const Json& group, const Json& test, const PublicKeyInfo& key) {
-    const std::string type = group.at("type");
-    const DigestAlgorithm digest = kVectorDigests.at(group.value("sha", "SHA-1"));
-    const Bytes message = hexOf(test, "msg"), signature = hexOf(test, "sig");
-    if (type == "RsassaPssVerify") {
-        RsaPublicKey rsaKey;
-        return readRsaPublicKey(key.bits, rsaKey)
-            && verifyRsaPss(rsaKey,
-                            {digest, kVectorDigests.at(group.at("mgfSha")), group.at("sLen")},
-                            computeDigest(digest, message).view(), signature);
-    }
-    const ByteView parameters =
-        type == "RsassaPssWithParametersVerify" ? key.parameters : ByteView();
-    const SignatureScheme scheme = schemeOf(type, key.algorithm);
-    return !scheme.verify({digest, parameters, message, signature, key});
-}
-
-// Signatures as certificates have them: with a digest known here, and no context.
-bool isSupported(const Json& group, const Json& test) {
-    static const std::set<std::string> kTypes = {"DsaVerify",       "EcdsaVerify",
-                                                 "EddsaVerify",     "RsassaPkcs1Verify",
-                                                 "RsassaPssVerify", "RsassaPssWithParametersVerify",
-                                                 "MlDsaVerify"};
-    return kTypes.contains(group.at("type")) && kVectorDigests.contains(group.value("sha", "SHA-1"))
-        && test.value("ctx", "").empty();
-}
 
 bool isOnUnknownCurve(const Json& group, const PublicKeyInfo& key) {
     return group.at("type") == "EcdsaVerify" && !findNamedCurve(key.parameters);
@@ -77,7 +33,7 @@ TEST(SignatureVectors, GiveTheExpectedResult) {
             ASSERT_TRUE(readPublicKeyInfo(spki, key));
             if (expected == "free" || isOnUnknownCurve(group, key))
                 return;
-            EXPECT_EQ(verify(group, test, key), expected == "valid")
+            EXPECT_EQ(verifyVector(group, test, hexOf(test, "sig"), key), expected == "valid")
                 << test.at("tcId") << ": " << test.at("comment");
         });
 }

@@ -52,48 +52,6 @@ TEST(X509Certificate, GivesWhatIsThereAndNothingElse) {
     }
 }
 
-TEST(X509Certificate, EveryCutAndEveryTailIsRefusedWithOneEntry) {
-    std::string bytes = testfiles::derOf(certOf(loadCert("leaf.pem")));
-    for (std::size_t size = 0; size < bytes.size(); ++size) {
-        LogText log;
-        // A copy of its own, so that the address sanitizer sees a read beyond the cut.
-        const std::vector<unsigned char> cut(bytes.begin(),
-                                             bytes.begin() + static_cast<std::ptrdiff_t>(size));
-        ASSERT_EQ(testfiles::parseCert(cut, log), nullptr);
-        ASSERT_TRUE(log.getText().starts_with("ERROR: Not a certificate: cannot read "));
-        ASSERT_EQ(log.getText().find('\n'), log.getText().size() - 1);
-    }
-    LogText log;
-    EXPECT_EQ(testfiles::parseCert(certstore::bytesOf(bytes + '\0'), log), nullptr);
-    EXPECT_EQ(log.getText(),
-              "ERROR: Not a certificate: cannot read end of certificate at byte "
-                  + std::to_string(bytes.size()) + ".\n");
-}
-
-// A changed byte gives a clean refusal, or a certificate whose every field can be read and whose
-// signature no longer verifies.
-TEST(X509Certificate, EveryChangedByteIsNoticed) {
-    const auto issuer = loadCert("intermediate.pem");
-    std::string bytes = testfiles::derOf(certOf(loadCert("leaf.pem")));
-    LogNull log;
-    for (char& byte : bytes) {
-        const char good = byte;
-        for (const unsigned int change : {0x01U, 0x80U}) {
-            byte = static_cast<char>(static_cast<unsigned char>(good) ^ change);
-            const auto holder = testfiles::parseCert(certstore::bytesOf(bytes), log);
-            if (!holder)
-                continue;
-            X509Certificate& cert = certOf(holder);
-            XString text;
-            DataBuffer out;
-            cert.getEmailAddress(text, log);
-            cert.getAuthorityKeyIdentifier(out, &text, log);
-            EXPECT_FALSE(cert.verifyCertSignature(&certOf(issuer), log)) << &byte - bytes.data();
-        }
-        byte = good;
-    }
-}
-
 TEST(CertificateHolder, SharesOneCertificateUntilTheLastHolderGoes) {
     LogNull log;
     auto first = loadCert("root.pem");
@@ -152,21 +110,6 @@ TEST(PrivateKeys, TheMarkTravelsWithTheKeyAndTheFirstKeyStays) {
     EXPECT_FALSE(certOf(b).m_certKey.loadPrivateKeyDer(pkcs8, log));
     EXPECT_EQ(log.getText(),
               "ERROR: A private key is held already.\nERROR: A private key is held already.\n");
-}
-
-TEST(PrivateKeys, EveryCutIsRefused) {
-    for (const char* name : {"leaf.key", "rsa-leaf.key"}) {
-        DataBuffer pkcs8;
-        testfiles::loadPemDer(name, pkcs8);
-        for (unsigned int size = 0; size < pkcs8.getSize(); ++size) {
-            DataBuffer cut;
-            cut.append(pkcs8.getData2(), size);
-            LogText log;
-            _zvPublicKey key;
-            ASSERT_FALSE(key.loadPrivateKeyDer(cut, log));
-            ASSERT_EQ(log.getText(), "ERROR: Not an unencrypted PKCS#8 private key.\n");
-        }
-    }
 }
 
 }  // namespace
