@@ -84,7 +84,9 @@ unsigned int rc2EffectiveBits(std::uint64_t version) noexcept {
         case 58:
             return 128;
         default:
-            return version >= 256 && version <= 1024 ? static_cast<unsigned int>(version) : 0;
+            return version >= 256 && version <= Rc2Decryptor::kMaxEffectiveBits
+                ? static_cast<unsigned int>(version)
+                : 0;
     }
 }
 
