@@ -68,6 +68,12 @@ TEST(X509Certificate, EveryCutAndEveryTailIsRefusedWithOneEntry) {
     EXPECT_EQ(log.getText(),
               "ERROR: Not a certificate: cannot read end of certificate at byte "
                   + std::to_string(bytes.size()) + ".\n");
+    log.clear();
+    for (const std::size_t size : {1U << 20, (1U << 20) + 1})
+        EXPECT_EQ(testfiles::parseCert(std::vector<unsigned char>(size), log), nullptr);
+    EXPECT_EQ(log.getText(),
+              "ERROR: Not a certificate: cannot read certificate at byte 0.\n"
+              "ERROR: Not a certificate: cannot read size at byte 0.\n");
 }
 
 // A changed byte gives a clean refusal, or a certificate whose every field can be read and whose
@@ -167,6 +173,11 @@ TEST(PrivateKeys, EveryCutIsRefused) {
             ASSERT_EQ(log.getText(), "ERROR: Not an unencrypted PKCS#8 private key.\n");
         }
     }
+    DataBuffer tooLong;
+    tooLong.extend((1U << 20) + 1);
+    LogText log;
+    EXPECT_FALSE(_zvPublicKey().loadPrivateKeyDer(tooLong, log));
+    EXPECT_EQ(log.getText(), "ERROR: The private key is over the limit of key size.\n");
 }
 
 }  // namespace
