@@ -58,6 +58,10 @@ constexpr NamedCipher kCiphers[] = {
     {OidBytes("1.2.840.113549.3.4"), {PfxCipherKind::Rc4, "RC4", 0, 0, decryptRc4}},
 };
 
+static_assert(std::ranges::all_of(kCiphers, [](const NamedCipher& cipher) {
+    return cipher.row.blockSize <= kMaxPfxBlockSize;
+}));
+
 }  // namespace
 
 const PfxCipherRow* findPfxCipher(ByteView oid) noexcept {
