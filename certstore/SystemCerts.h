@@ -24,7 +24,8 @@ class Pkcs12;
 //
 // Lock. The store is its own lock (CritSecExitor), which a thread may take again. Every operation
 // takes it for the whole call unless it says otherwise, then the repository's within: always in
-// this order. Two threads must not merge two stores into each other at the same time.
+// this order. Two threads must not merge two stores into each other at the same time. What else
+// threads have to know, also about logs, fork and signals, is in docs/threads.md.
 //
 // Lifetime. A certificate passed in stays the caller's too. Certificates that come back are
 // borrowed from the store: valid until their entry is replaced or the store ends. Threads

@@ -11,6 +11,9 @@ namespace {
 // A longer first size than this gains nothing: the table grows to it soon enough.
 constexpr int kMaxFirstCapacity = 1 << 20;
 
+// Entries keep sizes in 31 bits.
+constexpr std::uint32_t kMaxTextSize = std::numeric_limits<std::int32_t>::max();
+
 std::string_view viewOf(const char* text) noexcept {
     return text ? std::string_view(text) : std::string_view();
 }
@@ -87,14 +90,13 @@ StringHashMap::Insertion StringHashMap::insert(const Key& key, const Value& valu
 }
 
 StringHashMap::Entry* StringHashMap::makeEntry(std::string_view key, const Value& value) {
-    constexpr std::uint32_t kMax = std::numeric_limits<std::int32_t>::max();
     const std::string_view text = value.text;
-    if (key.size() > kMax || text.size() > kMax)
+    if (key.size() > kMaxTextSize || text.size() > kMaxTextSize)
         throw std::bad_alloc();
     void* block = m_arena.allocate(sizeof(Entry) + key.size() + text.size());
     auto* entry = new (block)
         Entry{value.object, static_cast<std::uint32_t>(key.size()),
-              static_cast<std::uint32_t>(text.size()) & kMax, value.owner == Owner::Map};
+              static_cast<std::uint32_t>(text.size()) & kMaxTextSize, value.owner == Owner::Map};
     char* tail = reinterpret_cast<char*>(entry + 1);
     std::copy_n(key.data(), key.size(), tail);
     std::copy_n(text.data(), text.size(), tail + key.size());

@@ -9,11 +9,11 @@
 
 namespace certstore {
 
-// The size of a plaintext without its padding: n octets of value n, 1 to `blockSize` of them (RFC
-// 8018 section 6.1.1). 0 for the size of the padding when it is not that.
+// The size of the padding at the end of whole blocks, one or more: n octets of value n, 1 to
+// `blockSize` of them (RFC 8018 section 6.1.1). 0 when it is not that.
 inline std::size_t paddingSize(ByteView padded, std::size_t blockSize) noexcept {
     const std::size_t size = padded.back();
-    if (size == 0 || size > blockSize || size > padded.size())
+    if (size > blockSize)
         return 0;
     unsigned char difference = 0;
     for (const unsigned char octet : padded.last(size))

@@ -12,6 +12,8 @@ namespace {
 
 using Residue = ConstantTimeModulus::Residue;
 
+static_assert(kMaxDsaPrimeSize == ConstantTimeModulus::kMaxLimbs * sizeof(Limb));
+
 // Bits of the exponent taken at a time.
 constexpr std::size_t kWindow = 4;
 using Powers = std::array<Residue, 1 << kWindow>;

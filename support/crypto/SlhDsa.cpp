@@ -13,10 +13,10 @@ namespace {
 using enum SlhDsaAddressType;
 
 constexpr SlhDsaParameters kLargest = kSlhDsaSets[5];
-constexpr std::size_t kMaxNodeSize = kLargest.n;
-constexpr std::size_t kMaxChainCount = kLargest.chainCount();
-constexpr std::size_t kMaxForsTrees = kLargest.k;
-constexpr std::size_t kMaxChoicesSize =
+constexpr std::size_t kLongestNode = kLargest.n;
+constexpr std::size_t kMostChains = kLargest.chainCount();
+constexpr std::size_t kMostForsTrees = kLargest.k;
+constexpr std::size_t kLongestChoices =
     kLargest.forsDigestSize() + kLargest.treeIndexSize() + kLargest.leafIndexSize();
 
 // Digits of a node that a WOTS+ key signs are below this: w.
@@ -43,8 +43,8 @@ std::uint64_t readIndex(ByteView octets, unsigned int bitCount) noexcept {
 }
 
 // The digits in base 16 of a node and of its checksum (FIPS 205 section 5.3).
-std::array<unsigned char, kMaxChainCount> splitNode(ByteView node) noexcept {
-    std::array<unsigned char, kMaxChainCount> digits;
+std::array<unsigned char, kMostChains> splitNode(ByteView node) noexcept {
+    std::array<unsigned char, kMostChains> digits;
     std::size_t count = 0;
     int checksum = 0;
     for (const unsigned char octet : node)
@@ -67,7 +67,7 @@ public:
     // FIPS 205 section 8.2: the key that signed `choices`, the digits of the message's digest.
     void recoverForsKey(ByteView signature, ByteView choices, std::uint64_t tree,
                         std::uint32_t keyPair, std::span<unsigned char> node) noexcept {
-        std::array<unsigned char, kMaxForsTrees * kMaxNodeSize> roots;
+        std::array<unsigned char, kMostForsTrees * kLongestNode> roots;
         m_address.setTree(0, tree);
         m_address.setType(ForsTree, keyPair);
         for (std::uint32_t i = 0; i < m_set.k; ++i) {
@@ -100,7 +100,7 @@ private:
     // FIPS 205 section 5.3: the one-time key that signed the node.
     void recoverWotsKey(ByteView signature, std::uint32_t keyPair,
                         std::span<unsigned char> node) noexcept {
-        std::array<unsigned char, kMaxChainCount * kMaxNodeSize> ends;
+        std::array<unsigned char, kMostChains * kLongestNode> ends;
         const auto digits = splitNode(node);
         m_address.setType(WotsHash, keyPair);
         for (std::uint32_t chain = 0; chain < m_set.chainCount(); ++chain) {
@@ -117,7 +117,7 @@ private:
 
     // From a leaf to the root of its tree. `path`: the sibling of each node on the way.
     void climb(ByteView path, std::uint32_t index, std::span<unsigned char> node) noexcept {
-        std::array<unsigned char, 2 * kMaxNodeSize> pair;
+        std::array<unsigned char, 2 * kLongestNode> pair;
         const auto left = std::span(pair).first(m_set.n);
         const auto right = std::span(pair).subspan(m_set.n, m_set.n);
         for (std::uint32_t height = 1; !path.empty(); ++height) {
@@ -177,7 +177,7 @@ bool verify(const SlhDsaParameters& set, ByteView publicKey, ByteView head, Byte
     const ByteView randomizer = take(signature, set.n);
     const ByteView forsSignature = take(signature, set.k * (1 + set.a) * set.n);
 
-    std::array<unsigned char, kMaxChoicesSize> digest;
+    std::array<unsigned char, kLongestChoices> digest;
     ByteView rest =
         std::span(digest).first(set.forsDigestSize() + set.treeIndexSize() + set.leafIndexSize());
     Hash::hashMessage(randomizer, publicKey, head, tail, std::span(digest).first(rest.size()));
@@ -185,7 +185,7 @@ bool verify(const SlhDsaParameters& set, ByteView publicKey, ByteView head, Byte
     const std::uint64_t tree = readIndex(take(rest, set.treeIndexSize()), set.h - set.treeLevels());
     const auto leaf = static_cast<std::uint32_t>(readIndex(rest, set.treeLevels()));
 
-    std::array<unsigned char, kMaxNodeSize> buffer;
+    std::array<unsigned char, kLongestNode> buffer;
     const auto node = std::span(buffer).first(set.n);
     RootBuilder<Hash> builder(set, seed);
     builder.recoverForsKey(forsSignature, choices, tree, leaf, node);

@@ -58,6 +58,10 @@ constexpr NamedCipher kCiphers[] = {
     {OidBytes("1.2.840.113549.3.4"), {PfxCipherKind::Rc4, "RC4", 0, 0, decryptRc4}},
 };
 
+static_assert(std::ranges::all_of(kCiphers, [](const NamedCipher& cipher) {
+    return cipher.row.blockSize <= kMaxPfxBlockSize;
+}));
+
 }  // namespace
 
 const PfxCipherRow* findPfxCipher(ByteView oid) noexcept {
@@ -84,7 +88,9 @@ unsigned int rc2EffectiveBits(std::uint64_t version) noexcept {
         case 58:
             return 128;
         default:
-            return version >= 256 && version <= 1024 ? static_cast<unsigned int>(version) : 0;
+            return version >= 256 && version <= Rc2Decryptor::kMaxEffectiveBits
+                ? static_cast<unsigned int>(version)
+                : 0;
     }
 }
 

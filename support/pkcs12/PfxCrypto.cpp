@@ -12,6 +12,7 @@
 #include "support/crypto/Pbkdf1.h"
 #include "support/crypto/Pbkdf2.h"
 #include "support/crypto/Pkcs12Kdf.h"
+#include "support/crypto/Rc2.h"
 #include "support/crypto/Scrypt.h"
 #include "support/pkcs12/PfxCiphers.h"
 
@@ -21,6 +22,7 @@ namespace {
 
 // The longest key of any cipher or MAC here, and the longest that a file may declare.
 constexpr std::size_t kMaxKeySize = 128;
+static_assert(kMaxKeySize >= Rc2Decryptor::kMaxEffectiveBits / 8 && kMaxKeySize >= kMaxDigestSize);
 
 struct NamedDigest {
     OidBytes oid;

@@ -182,7 +182,7 @@ bool PfxParser::readContentInfo(ByteView contentInfo, Safe& safe) {
     if (kData == type) {
         if (!content.read(DerTag::OctetString, octets))
             return fail(safe.name + ": malformed.");
-        return toDer(octets, der, safe.name) && readBags(der, 0, safe);
+        return toDer(octets, der, safe.name) && readBags(der, safe);
     }
     if (kEncryptedData == type)
         return readEncryptedData(content.rest(), safe);
@@ -208,10 +208,9 @@ bool PfxParser::readEncryptedData(ByteView content, Safe& safe) {
     return charge(safe.cipher.cost(), safe.name);
 }
 
-// SafeContents (RFC 7292 section 4.2).
-bool PfxParser::readBags(ByteView safeContents, unsigned int depth, Safe& safe) {
-    if (depth >= m_limits.nesting)
-        return fail(safe.name + ": over the limit of nesting.");
+// SafeContents (RFC 7292 section 4.2). Safes in safes come no deeper than values in values, which
+// readBer() has bounded.
+bool PfxParser::readBags(ByteView safeContents, Safe& safe) {
     DerReader outer(safeContents), bags;
     if (!outer.readSequence(bags))
         return fail(safe.name + ": malformed.");
@@ -221,13 +220,13 @@ bool PfxParser::readBags(ByteView safeContents, unsigned int depth, Safe& safe) 
             return fail(safe.name + ": malformed.");
         if (++m_bagCount > m_limits.bags)
             return fail("PKCS#12: over the limit of bags.");
-        if (!readBag(bag.rest(), depth, safe))
+        if (!readBag(bag.rest(), safe))
             return false;
     }
     return true;
 }
 
-bool PfxParser::readBag(ByteView safeBag, unsigned int depth, Safe& safe) {
+bool PfxParser::readBag(ByteView safeBag, Safe& safe) {
     DerReader bag(safeBag), content, attributes;
     ByteView type;
     if (!bag.readOid(type) || !bag.readContext(0, content))
@@ -244,7 +243,7 @@ bool PfxParser::readBag(ByteView safeBag, unsigned int depth, Safe& safe) {
         case BagType::Certificate:
             return readCertBag(content.rest(), attributes.rest(), safe);
         case BagType::SafeContents:
-            return readBags(content.rest(), depth + 1, safe);
+            return readBags(content.rest(), safe);
         case BagType::Key:
         case BagType::ShroudedKey:
             break;
@@ -350,7 +349,7 @@ bool PfxParser::decrypt(const PfxPassword& password, const PfxCipher& cipher,
 bool PfxParser::openSafe(const PfxPassword& password, Safe& safe) {
     DataBuffer& der = keptBuffer();
     return decrypt(password, safe.cipher, safe.name, safe.content, der)
-        && readBags(der.view(), 0, safe);
+        && readBags(der.view(), safe);
 }
 
 bool PfxParser::decryptKey(const PfxPassword& password, Bag& bag) {

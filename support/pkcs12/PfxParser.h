@@ -65,8 +65,8 @@ private:
     bool readAuthenticatedSafe();
     bool readContentInfo(ByteView contentInfo, Safe& safe);
     bool readEncryptedData(ByteView content, Safe& safe);
-    bool readBags(ByteView safeContents, unsigned int depth, Safe& safe);
-    bool readBag(ByteView safeBag, unsigned int depth, Safe& safe);
+    bool readBags(ByteView safeContents, Safe& safe);
+    bool readBag(ByteView safeBag, Safe& safe);
     bool readCertBag(ByteView content, ByteView attributes, Safe& safe);
     bool readKeyBag(ByteView content, ByteView attributes, Safe& safe);
     bool readShroudedKey(ByteView content, ByteView attributes, Safe& safe);

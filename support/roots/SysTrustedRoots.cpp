@@ -1,5 +1,7 @@
 #include "support/roots/SysTrustedRoots.h"
 
+#include <mutex>
+
 #include "support/roots/RootIndex.h"
 
 namespace {
@@ -9,6 +11,9 @@ certstore::RootIndex& roots() {
     static certstore::RootIndex& index = *new certstore::RootIndex;
     return index;
 }
+
+// The set and the flag change together: else a set emptied meanwhile could count as loaded.
+std::mutex g_change;
 
 }  // namespace
 
@@ -21,12 +26,14 @@ bool SysTrustedRoots::getTrustedRootDer_ski(const char* subjectKeyId, DataBuffer
 }
 
 void SysTrustedRoots::addRoots(const certstore::RootIndex& added) {
+    const std::lock_guard lock(g_change);
     roots().addAll(added);
     if (roots().size() != 0)
         m_alreadyLoaded = true;
 }
 
 void SysTrustedRoots::removeAll() {
+    const std::lock_guard lock(g_change);
     roots().removeAll();
     m_alreadyLoaded = false;
 }

@@ -51,9 +51,7 @@ bool reportCutBlock(std::string_view between, int number, LogBase& log) {
     for (std::size_t at = between.find(kBegin); at != std::string_view::npos;
          at = between.find(kBegin, at)) {
         at += kBegin.size();
-        // No label of ours is longer.
-        const std::string_view line = between.substr(at, 64);
-        const std::string_view label = line.substr(0, line.find(kDashes));
+        const std::string_view label = between.substr(at, between.find(kDashes, at) - at);
         if (!isOurLabel(label))
             continue;
         LogPlace(log, "PEM before " + blockName(number, label)).LogError("its end is missing.");

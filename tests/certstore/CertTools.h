@@ -54,6 +54,29 @@ void expectLog(std::string expected, const std::vector<std::pair<std::string, st
     }
 }
 
+// Makes certificates roots that the application trusts.
+inline void trust(const Certs& roots) {
+    certstore::RootIndex index;
+    for (X509Certificate* root : roots)
+        index.add(*root);
+    TrustedRoots::addRoots(index);
+}
+
+inline std::string hex(certstore::ByteView bytes) {
+    StringBuffer text;
+    certstore::appendHex(text, bytes);
+    return text.getString();
+}
+inline std::string serialOf(X509Certificate& cert) {
+    return hex(cert.getX509Ptr()->serial());
+}
+inline std::string keyIdOf(X509Certificate& c) {
+    return hex(c.getX509Ptr()->subjectKeyId());
+}
+inline std::string dnOf(X509Certificate& c) {
+    return std::string(c.getX509Ptr()->subjectText());
+}
+
 // Starts every test without roots, and without reading those of the machine that it runs on.
 class StoreTest : public testing::Test {
 protected:
@@ -89,29 +112,10 @@ protected:
                       certstore::textOf(other.getX509Ptr()->serial()));
     }
 
-    // Makes certificates roots that the application trusts.
-    static void trust(const Certs& roots) {
-        certstore::RootIndex index;
-        for (X509Certificate* root : roots)
-            index.add(*root);
-        TrustedRoots::addRoots(index);
-    }
-
     static void attachKey(X509Certificate& cert, const std::string& file) {
         DataBuffer der;
         testfiles::loadPemDer(file, der);
         ASSERT_TRUE(cert.m_certKey.loadPrivateKeyDer(der, g_quiet));
-    }
-
-    static std::string hex(certstore::ByteView bytes) {
-        StringBuffer text;
-        certstore::appendHex(text, bytes);
-        return text.getString();
-    }
-    static std::string serialOf(X509Certificate& cert) { return hex(cert.getX509Ptr()->serial()); }
-    static std::string keyIdOf(X509Certificate& c) { return hex(c.getX509Ptr()->subjectKeyId()); }
-    static std::string dnOf(X509Certificate& c) {
-        return std::string(c.getX509Ptr()->subjectText());
     }
 
     testfiles::Certs m_kept;

@@ -18,7 +18,6 @@ namespace {
 
 // What one run of an operation works on, and the operations.
 struct World : StoreTest {
-    using StoreTest::dnOf;
     World() {
         leaf.getDEREncodedCert(der);
         leaf.getEmailAddress(email, g_quiet);
@@ -192,7 +191,7 @@ TEST(MemoryFailureTest, Searches) {
         w.store.logInMemoryRepository(log);
         return !w.store.findBySubjectDN_x509(w.dn, w.dn, false, log)
             && !w.store.findByEmailAddr(w.email.getUtf8(), false, log)
-            && !w.store.findX509(w.serial.c_str(), "Nobody", w.dnOf(w.root).c_str(), log)
+            && !w.store.findX509(w.serial.c_str(), "Nobody", dnOf(w.root).c_str(), log)
             && !w.store.findBySubjectPart(w.dn.getUtf8(), w.dn, false, log);
     });
     sweep("issuer from the bundle", [](World& w, LogBase& log) {

@@ -16,11 +16,15 @@ TEST_F(SystemCertsTest, HoldersShareLeaveAndMergeStores) {
     keeper.setSystemCerts(shared);
     {
         SystemCertsHolder guest;
+        SystemCerts* first = guest.getSystemCertsPtr();
+        first->incRefCount();
         for (SystemCerts* store : {shared, shared, static_cast<SystemCerts*>(nullptr)}) {
             guest.setSystemCerts(store);
             EXPECT_EQ(guest.getSystemCertsPtr(), shared);
             EXPECT_EQ(shared->getRefCount(), 2);
         }
+        EXPECT_EQ(first->getRefCount(), 1) << "the holder has let it go";
+        first->decRefCount();
         guest.clearSysCerts();
         EXPECT_NE(guest.getSystemCertsPtr(), shared);
         EXPECT_EQ(guest.getSystemCertsPtr()->getRefCount(), 1);
@@ -44,6 +48,18 @@ TEST_F(SystemCertsTest, HoldersShareLeaveAndMergeStores) {
     EXPECT_EQ(merged.findCertificate("0A1B", "Example CA", nullptr, g_quiet), &plain) << "shared";
     EXPECT_EQ(merged.findCertificate("5A17", "Example Root", nullptr, g_quiet), &other)
         << "another public key takes the place";
+}
+
+// The address sanitizer sees what goes wrong here.
+TEST_F(SystemCertsTest, AnAdditionMayLetGoTheLastOtherHolderOfItsCertificate) {
+    SystemCerts store;
+    add(store, {&cert("renewed-a.pem"), &cert("renewed-b.pem")});
+    const std::string keyId = keyIdOf(cert("renewed-b.pem"));
+    m_kept.clear();
+    // The second lives through its key identifier alone, and adding it replaces that entry.
+    X509Certificate* borrowed = store.findBySubjectKeyId(keyId.c_str(), g_quiet);
+    EXPECT_TRUE(store.addCertificate(borrowed, g_quiet));
+    EXPECT_EQ(serialOf(*store.findBySubjectKeyId(keyId.c_str(), g_quiet)), "2EE3");
 }
 
 TEST_F(SystemCertsTest, OperationsNestTheirContexts) {

@@ -1,8 +1,6 @@
 #include <sys/inotify.h>
 #include <unistd.h>
 
-#include <thread>
-
 #include "certstore/SystemCerts.h"
 #include "support/roots/ClsTrustedRoots.h"
 #include "tests/certstore/CertTools.h"
@@ -127,7 +125,11 @@ TEST_F(TrustedRootsTest, AMissingBundleIsTriedAgainSilently) {
     expectLog("addFromTrustedRootsBySki:\n+   subjectKeyIdentifier: AB\n", {},
               [&](LogBase& log) { EXPECT_FALSE(store.addFromTrustedRootsBySki("AB", log)); });
     useBundle("bundle-crlf.pem");
-    EXPECT_TRUE(store.addFromTrustedRootsBySki(keyIdOf(cert("root.pem")).c_str(), g_quiet));
+    for (const std::uintmax_t size : {(64U << 20) + 1, 64U << 20}) {
+        std::filesystem::resize_file(m_bundle, size);
+        EXPECT_EQ(store.addFromTrustedRootsBySki(keyIdOf(cert("root.pem")).c_str(), g_quiet),
+                  size == 64U << 20);
+    }
 }
 
 TEST_F(TrustedRootsTest, AFoundRootStaysInTheStore) {
@@ -176,17 +178,6 @@ TEST_F(TrustedRootsTest, ARootMayDisplaceTheCertificateWhoseIssuerIsSought) {
     EXPECT_FALSE(reachedRoot);
     ASSERT_EQ(chain.getSize(), 1);
     EXPECT_EQ(dnOf(*static_cast<CertificateHolder*>(chain.elementAt(0))->getCertPtr(g_quiet)), dn);
-}
-
-TEST_F(TrustedRootsTest, TwoThreadsMayLoadTheBundleAtOnce) {
-    useBundle("bundle-mixed.pem");
-    const auto search = [&] {
-        SystemCerts store;
-        EXPECT_NE(find(store, kBundle1), nullptr);
-    };
-    std::thread other(search);
-    search();
-    other.join();
 }
 
 }  // namespace

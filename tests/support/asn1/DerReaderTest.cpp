@@ -20,6 +20,8 @@ TEST(DerReader, RefusesWhatIsNotDer) {
     bool flag = false;
     int number = 0;
     unsigned char tag = 0;
+    Bytes beyond{0x04, 0x89, 1, 0, 0, 0, 0, 0, 0, 0, 0x80};
+    beyond.resize(beyond.size() + 0x80);
     const auto any = [&](DerReader& r) { return r.readAny(tag, out, out); };
     const auto integer = [&](DerReader& r) { return r.readInteger(out); };
     const auto positive = [&](DerReader& r) { return r.readUnsigned(out); };
@@ -37,7 +39,7 @@ TEST(DerReader, RefusesWhatIsNotDer) {
         {"indefinite length", {0x30, 0x80, 0x00, 0x00}, any, false},
         {"long form for a short length", {0x04, 0x81, 0x01, 0x00}, any, false},
         {"length with a leading zero", {0x04, 0x82, 0x00, 0x80}, any, false},
-        {"length of five octets", {0x04, 0x85, 1, 0, 0, 0, 0}, any, false},
+        {"length of 2^64 and the 128 bytes that are there", beyond, any, false},
         {"length near the largest", {0x04, 0x84, 0xff, 0xff, 0xff, 0xff, 0x00}, any, false},
         {"multi-byte tag", {0x1f, 0x81, 0x01, 0x00}, any, false},
         {"end-of-contents", {0x00, 0x00}, any, false},
@@ -79,6 +81,7 @@ TEST(Oid, WritesDottedForms) {
         {{0x2a, 0xff, 0xff, 0xff, 0xff, 0xff, 0xff, 0xff, 0xff, 0x7f}, "1.2.9223372036854775807"},
         {{0x2a, 0x81, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x01},
          "1.2.0x81808080808080808001"},
+        {{0x81, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x01}, "2.0x81808080808080808001"},
     };
     for (const auto& [bytes, text] : cases) {
         StringBuffer dotted;

@@ -49,6 +49,7 @@ TEST(StringBuffer, GrowsWithItsOwnText) {
         expected = (expected + expected).substr(5) + expected + expected;
         ASSERT_EQ(text.view(), expected);
     }
+    EXPECT_THROW(text.append(std::string_view(text.getString(), UINT_MAX)), std::bad_alloc);
     text.clear();
     EXPECT_STREQ(text.getString(), "");
 }
@@ -92,6 +93,8 @@ TEST(DataBuffer, AppendsAlsoWhatLiesWithinIt) {
         expected += expected.substr(3);
     }
     EXPECT_EQ(certstore::textOf(buffer.view()), expected);
+    EXPECT_THROW(buffer.append({buffer.getData2(), std::size_t{1} << 32}), std::bad_alloc);
+    EXPECT_THROW(buffer.extend(UINT_MAX - buffer.getSize() + 1), std::bad_alloc);
     buffer.shrink(10);
     EXPECT_EQ(certstore::textOf(buffer.view()), expected.substr(0, 10));
 }

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <climits>
 #include <map>
 #include <random>
 #include <set>
@@ -73,6 +74,9 @@ TEST(StringHashMap, KeepsWhatItAcceptedAndNothingElse) {
         StringBuffer text;
         EXPECT_FALSE(map.hashLookupString("SubjectKeyId:AB", text)) << "an object is no text";
         EXPECT_TRUE(map.hashInsertString("", "") && map.hashLookupString("", text));
+        EXPECT_FALSE(map.insertText({"long"}, {text.getString(), std::size_t{1} << 31}));
+        const ZorvenOwner<StringHashMap> large(StringHashMap::createNewObject(INT_MAX));
+        EXPECT_TRUE(large && large->hashInsertString("a", "b"));
         map.hashDelete("SubjectKeyId:AB");
         EXPECT_EQ(Counted::s_alive, 1) << "the map's value goes with its entry";
         EXPECT_EQ(map.hashLookupSb(key), nullptr);

@@ -166,10 +166,25 @@ TEST(CipherTest, RefusesFilesOfWrongSize) {
     }
 }
 
+// The first 32 octets are a file; there are no more.
+TEST(CipherTest, RefusesFilesThatBuffersCannotCount) {
+    const Bytes whole = fromHex(kAesFile);
+    AesDecryptor cipher;
+    ASSERT_TRUE(cipher.setKey(makeKey(32)));
+    DataBuffer plain;
+    EXPECT_FALSE(decryptCbc(cipher, makePattern(16),
+                            {whole.data(), (std::size_t{1} << 32) + whole.size()}, plain));
+}
+
 TEST(CipherTest, ChecksEveryOctetOfThePadding) {
     const std::pair<const char*, std::size_t> kRows[] = {
-        {"4141414141410202", 2}, {"0808080808080808", 8}, {"4141414141414100", 0},
-        {"4141414141410302", 0}, {"0908080808080808", 0}, {"0909090909090909", 0},
+        {"4141414141410202", 2},
+        {"0808080808080808", 8},
+        {"4141414141414100", 0},
+        {"4141414141410302", 0},
+        {"0908080808080808", 0},
+        {"0909090909090909", 0},
+        {"4141414141414109090909090909090909", 0},
     };
     for (const auto& [octets, size] : kRows)
         EXPECT_EQ(paddingSize(fromHex(octets), 8), size) << octets;

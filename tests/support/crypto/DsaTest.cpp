@@ -27,9 +27,17 @@ struct Inputs {
         return verifyDsa({domain(), y}, digest.view(), r, s);
     }
 
+    // Anybody can sign with a g and y of -1, whose powers are 1 and -1.
+    void useMinusOne(unsigned char newR, unsigned char newS) {
+        g = y = p;
+        g.back() = y.back() = static_cast<unsigned char>(p.back() - 1);
+        r = {newR};
+        s = {newS};
+    }
+
     // Whether y is what x gives.
     bool derivesY() const {
-        Bytes derived(32);
+        Bytes derived(y.size());
         return deriveDsaPublicKey(domain(), x, derived) && derived == y;
     }
 };
@@ -47,7 +55,8 @@ TEST(DsaTest, TakesNumbersInTheirRangesOnly) {
                  number->insert(number->begin(), 9, 0);
              i.y.erase(i.y.begin(), i.y.begin() + 9);
          }},
-        {"r is 0", false, true, [](Inputs& i) { i.r = {0}; }},
+        {"g and y are -1", true, true, [](Inputs& i) { i.useMinusOne(1, 1); }},
+        {"r is 0, as -1 is modulo q", false, true, [](Inputs& i) { i.useMinusOne(0, 1); }},
         {"s is 0", false, true, [](Inputs& i) { i.s = {0}; }},
         {"q more than r", false, true, [](Inputs& i) { add(i.r, i.q); }},
         {"q more than s", false, true, [](Inputs& i) { add(i.s, i.q); }},
@@ -56,7 +65,16 @@ TEST(DsaTest, TakesNumbersInTheirRangesOnly) {
         {"x is far longer than q", true, false, [](Inputs& i) { i.x.insert(i.x.begin(), 40, 1); }},
         {"p more than y", false, false, [](Inputs& i) { add(i.y, i.p); }},
         {"p more than g", false, false, [](Inputs& i) { add(i.g, i.p); }},
-        {"all 1: any s would do", false, false, [](Inputs& i) { i.g = i.y = i.r = {1}; }},
+        {"y is 1", false, false,
+         [](Inputs& i) {
+             i.useMinusOne(1, 4);
+             i.y = {1};
+         }},
+        {"g is 1", false, false,
+         [](Inputs& i) {
+             i.useMinusOne(1, 2);
+             i.g = {1};
+         }},
         {"y is 0", false, false, [](Inputs& i) { i.y = {0}; }},
         {"g is 0", false, false, [](Inputs& i) { i.g = {0}; }},
         {"p is even", false, false, [](Inputs& i) { i.p.back() ^= 1; }},
@@ -66,9 +84,22 @@ TEST(DsaTest, TakesNumbersInTheirRangesOnly) {
              i.p = i.q;
              i.g = i.y = {2};
          }},
-        {"q of 161 bits", false, false, [](Inputs& i) { i.q.insert(i.q.begin(), 1); }},
+        {"q of 161 bits", false, false,
+         [](Inputs& i) {
+             i.q.insert(i.q.begin(), 1);
+             i.useMinusOne(1, 1);
+         }},
         {"q of 264 bits", false, false, [](Inputs& i) { i.q.insert(i.q.begin(), 13, 1); }},
-        {"p of 4104 bits", false, false, [](Inputs& i) { i.p.insert(i.p.begin(), 481, 1); }},
+        {"p of 4096 bits", true, true,
+         [](Inputs& i) {
+             i.p.assign(512, 0xff);
+             i.useMinusOne(1, 1);
+         }},
+        {"p of 4104 bits", false, false,
+         [](Inputs& i) {
+             i.p.assign(513, 0xff);
+             i.useMinusOne(1, 1);
+         }},
         {"no q", false, false, [](Inputs& i) { i.q.clear(); }},
         {"no p", false, false, [](Inputs& i) { i.p.clear(); }},
     };

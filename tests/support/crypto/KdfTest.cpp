@@ -119,7 +119,7 @@ TEST(KdfTest, ScryptRefusesParametersOutOfBounds) {
         {"cost not below 2^(16 r)", {65536, 1, 1}},
         {"no blocks", {16, 0, 1}},
         {"nothing in parallel", {16, 8, 0}},
-        {"more memory than allowed", {std::uint64_t{1} << 22, 1024 / 128, 1}},
+        {"more memory than allowed", {1 << 20, 1024 / 128, 1}},
         {"more work than allowed", {1 << 14, 8, 129}},
         {"products beyond 64 bits", {kHuge, 2, 1}},
         {"products beyond 64 bits, block size", {2, kHuge, 1}},
@@ -141,7 +141,10 @@ TEST(KdfTest, RefusesWhatIsNotDefined) {
     EXPECT_FALSE(derivePbkdf1(DigestAlgorithm::Sha1, some, some, 0, twenty));
     EXPECT_FALSE(derivePbkdf1(DigestAlgorithm::Sha1, some, some, 1, key)) << "a digest has 20";
     EXPECT_FALSE(derivePbkdf1(DigestAlgorithm::Sha256, some, some, 1, twenty));
-    const Bytes longSalt(kMaxPkcs12InputSize + 1);
+    EXPECT_FALSE(
+        derivePbkdf2(DigestAlgorithm::Sha1, some, some, 1, {key.data(), std::size_t{20} << 32}))
+        << "not written to, as there is less";
+    const Bytes longSalt((1 << 20) + 1);
     EXPECT_FALSE(derivePkcs12(DigestAlgorithm::Sha1, Pkcs12Purpose::Iv, some, longSalt, 1, key));
     EXPECT_EQ(key, Bytes(21, 0xaa));
 }

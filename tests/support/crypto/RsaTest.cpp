@@ -119,6 +119,12 @@ TEST(RsaPssTest, FitsTheEncodingToTheKey) {
             verifyRsaPss({modulus, exponent}, {DigestAlgorithm::Sha512}, Bytes(64), noSalt))
             << "a digest longer than the key";
     }
+    // Its padding is all zeros and its digest begins with 1, so that a sum that wraps fits.
+    EXPECT_FALSE(verifyRsaPss(
+        {fromHex("d93882aeb1877578f87865c3fbe30665b982c28d16ebdae582795eb3388da31ea209d24211"),
+         Bytes{3}},
+        {DigestAlgorithm::Sha256, DigestAlgorithm::Sha256, ~std::size_t{0}}, digest,
+        padded(fromHex("06d8f16adf91b7584a2265b1f5"), 37)));
 }
 
 // Powers computed with Python: pow(signature, exponent, modulus). Sizes around whole limbs, highest
@@ -156,7 +162,7 @@ TEST(RsaTest, RefusesWhatIsOutOfBounds) {
         {"16,384 bits", true, largest, three, Bytes(2048, 2)},
         {"16,385 bits", false, numberOf(2049, 0x01, 0xff), three, Bytes(2049, 0)},
         {"exponent 2^64 - 1", true, largest, Bytes(8, 0xff), Bytes(2048, 2)},
-        {"exponent 2^64 + 1", false, largest, fromHex("010000000000000001"), Bytes(2048, 2)},
+        {"exponent 2^64 + 3", false, largest, fromHex("010000000000000003"), Bytes(2048, 2)},
         {"exponent 1", false, largest, {1}, Bytes(2048, 2)},
         {"even modulus", false, numberOf(2048, 0xff, 0xfe), three, Bytes(2048, 2)},
         {"modulus 1", false, {1}, three, {0}},

@@ -66,6 +66,13 @@ TEST(BerReader, NestingIsBounded) {
     EXPECT_EQ(readBer(bomb, 32, der), BerResult::TooDeep);
 }
 
+TEST(BerReader, SizeIsBounded) {
+    const Bytes null{0x05, 0x00};
+    DataBuffer der;
+    EXPECT_EQ(readBer({null.data(), std::size_t{1} << 31}, 8, der), BerResult::Good);
+    EXPECT_EQ(readBer({null.data(), (std::size_t{1} << 31) + 1}, 8, der), BerResult::Malformed);
+}
+
 // A reader that looked for each end, or joined pieces one by one, would not come back from this.
 TEST(BerReader, AMillionPiecesAreJoined) {
     Bytes pieces{0x24, 0x80, 0x24, 0x80, 0x24, 0x80};

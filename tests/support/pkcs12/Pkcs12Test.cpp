@@ -98,14 +98,26 @@ Bytes number(std::uint64_t value) {
     return der(0x02, content);
 }
 
-Bytes pbes2(const Bytes& kdf) {
-    const Bytes aes = sequence(oid(OidBytes("2.16.840.1.101.3.4.1.42")) + octets(Bytes(16, 'i')));
-    return sequence(oid(OidBytes("1.2.840.113549.1.5.13")) + sequence(kdf + aes));
+Bytes aes() {
+    return sequence(oid(OidBytes("2.16.840.1.101.3.4.1.42")) + octets(Bytes(16, 'i')));
+}
+
+Bytes rc2(std::uint64_t version) {
+    return sequence(oid(OidBytes("1.2.840.113549.3.2"))
+                    + sequence(number(version) + octets("01234567")));
+}
+
+Bytes pbes2(const Bytes& kdf, const Bytes& cipher = aes()) {
+    return sequence(oid(OidBytes("1.2.840.113549.1.5.13")) + sequence(kdf + cipher));
+}
+
+Bytes pbkdf2(const Bytes& numbers) {
+    return sequence(oid(OidBytes("1.2.840.113549.1.5.12"))
+                    + sequence(octets("saltsalt") + numbers));
 }
 
 Bytes pbkdf2(std::uint64_t iterations) {
-    return sequence(oid(OidBytes("1.2.840.113549.1.5.12"))
-                    + sequence(octets("saltsalt") + number(iterations)));
+    return pbkdf2(number(iterations));
 }
 
 Bytes scrypt(std::uint64_t n, std::uint64_t r, std::uint64_t p) {
@@ -249,8 +261,9 @@ TEST(Pkcs12, ReadsKeysUnderScrypt) {
 }
 
 // The error that reading gives, and the work done by then.
-std::string parse(const Bytes& pfx, const Pkcs12Limits& limits, std::uint64_t& work) {
-    const certstore::PfxPassword password("password");
+std::string parse(const Bytes& pfx, const Pkcs12Limits& limits, std::uint64_t& work,
+                  const char* text = "password") {
+    const certstore::PfxPassword password(text);
     LogText log;
     certstore::PfxParser parser(limits, log);
     certstore::PfxItems items;
@@ -268,6 +281,12 @@ TEST(Pkcs12, RefusesBombsByTheNameOfTheLimitBeforeAnyWork) {
     const std::tuple<const char*, Bytes, const char*> kCases[] = {
         {"2^31 iterations", pfxOf(encryptedSafe(pbes2(pbkdf2(1ULL << 31)))), "limit of iterations"},
         {"2^64 - 1 iterations", pfxOf(encryptedSafe(pbes2(pbkdf2(~0ULL)))), "limit of iterations"},
+        {"2^64 + 1", pfxOf(encryptedSafe(pbes2(pbkdf2(der(2, "\1\0\0\0\0\0\0\0\1"s))))),
+         "malformed parameters of PBKDF2"},
+        {"a key longer than any", pfxOf(encryptedSafe(pbes2(pbkdf2(number(1) + number(129))))),
+         "malformed parameters of PBKDF2"},
+        {"RC2 of more bits than any", pfxOf(encryptedSafe(pbes2(pbkdf2(1), rc2(1 << 16)))),
+         "decryption failed"},
         {"many keys of many iterations", pfxOf(manyKeys), kWork},
         {"many safes of many iterations", pfxOf(manySafes), kWork},
         {"scrypt with gigabytes", pfxOf(encryptedSafe(pbes2(scrypt(1 << 20, 32, 1)))), kMemory},
@@ -275,6 +294,8 @@ TEST(Pkcs12, RefusesBombsByTheNameOfTheLimitBeforeAnyWork) {
         {"scrypt in many lanes", pfxOf(encryptedSafe(pbes2(scrypt(1024, 8, 4096)))), kWork},
         {"safes in safes", pfxOf(plainSafe(nestedSafes(40))), "limit of nesting"},
         {"many bags", pfxOf(plainSafe(repeated(10'001, otherBag))), "limit of bags"},
+        {"many safes", pfxOf(repeated(10'001, plainSafe(""))), "limit of bags"},
+        {"a long file", Bytes((32 << 20) + 1, '\0'), "limit of file size"},
         {"many keys", pfxOf(plainSafe(repeated(1'001, keyBag(sequence(""), 1)))), "limit of keys"},
         {"unknown cipher", pfxOf(encryptedSafe(sequence(oid(OidBytes("1.2.3"))))),
          "safe 1: unknown algorithm 1.2.3."},
@@ -300,6 +321,29 @@ TEST(Pkcs12, ChargesWhatDecryptionReveals) {
         std::uint64_t work = 0;
         EXPECT_EQ(parse(pfx, limits, work).empty(), iterations > 5);
         EXPECT_LE(work, limits.kdfWork);
+    }
+}
+
+// An empty password has two forms.
+TEST(Pkcs12, ChargesEveryFormOfAPassword) {
+    const Bytes numbers = octets("saltsalt") + number(1000);
+    const Bytes tripleDes = sequence(oid(OidBytes("1.2.840.113549.1.12.1.3")) + sequence(numbers));
+    const Bytes sha1 = sequence(oid(OidBytes("1.3.14.3.2.26")));
+    const Bytes mac = sequence(sequence(sha1 + octets(Bytes(20, 'x'))) + numbers);
+    const std::tuple<Bytes, std::uint64_t, const char*> kCases[] = {
+        {pfxOf(plainSafe(shroudedKey(tripleDes))), 3000, "decryption failed"},
+        {sequence(number(3) + plainSafe("") + mac), 1000, "wrong password"},
+    };
+    for (const auto& [pfx, work, error] : kCases) {
+        for (const std::uint64_t allowed : {2 * work - 1, 2 * work}) {
+            Pkcs12Limits limits;
+            limits.kdfWork = allowed;
+            std::uint64_t done = 0;
+            EXPECT_NE(parse(pfx, limits, done, "")
+                          .find(allowed < 2 * work ? "limit of key derivation work" : error),
+                      std::string::npos);
+            EXPECT_EQ(done, allowed / work * work);
+        }
     }
 }
 

@@ -27,6 +27,19 @@ std::string part(const std::string& word) {
         text.erase(lastLine, end - lastLine);
     if (edit == ":endless")
         text.erase(end);
+    if (edit == ":hybrid") {
+        // A point in the form that nobody uses, whose key cannot be compared.
+        StringBuffer base64;
+        certstore::appendBase64(
+            base64,
+            certstore::bytesOf(testfiles::edited(
+                testfiles::derOf(testfiles::certOf(testfiles::loadCert("root.pem"))),
+                std::string_view("\x42\0\4", 3), std::string_view("\x42\0\6", 3))));
+        text = "-----BEGIN CERTIFICATE-----\n" + std::string(base64.getString())
+            + "\n-----END CERTIFICATE-----";
+    }
+    if (edit == ":long")
+        text.insert(text.find("KEY-----\n") + 8, 3 << 20, '\n');
     if (edit == ":headers")
         text.insert(text.find("KEY-----\n") + 9, "Proc-Type: 4,CLEAR\r\nComment: a\r\n b\r\n\r\n");
     return text + "\n";
@@ -55,6 +68,9 @@ const PemCase kCases[] = {
     {"no curve: public keys first", "renewed-a.pem key-ec-unknown.key renewed.key", "renewed.key"},
     {"no curve: unreadable between", "leaf.pem root.pem:broken key-ec-unknown.key", "-",
      "PEM block 2, CERTIFICATE: not base64."},
+    {"no curve: a cut block between", "leaf.pem root.pem:endless key-ec-unknown.key", "-",
+     "PEM before block 2, CERTIFICATE: its end is missing."},
+    {"a key that has its certificate", "leaf.pem root.pem:hybrid leaf.key", "leaf.key -"},
     {"wrong password", "leaf.pem key-ec-encrypted.key key-rsa-encrypted.key leaf.key", "leaf.key",
      "PEM block 2, ENCRYPTED PRIVATE KEY: decryption failed.|"
      "PEM block 3, ENCRYPTED PRIVATE KEY: decryption failed.",
@@ -129,6 +145,7 @@ TEST(CertMgr, ReadsPemTexts) {
 TEST(CertMgr, BoundsWhatAPemTextCosts) {
     certstore::Pkcs12Limits limits;
     limits.kdfWork = 6000;  // 2048 iterations of PBKDF2 are 4096
+    limits.keys = 2;
     CertMgr vault(limits);
     LogText log;
     const std::string blocks = testfiles::repeated(9'999, "-----BEGIN A-----\n-----END A-----\n");
@@ -136,9 +153,12 @@ TEST(CertMgr, BoundsWhatAPemTextCosts) {
     EXPECT_FALSE(vault.addPem(std::string((64 << 20) + 1, ' '), nullptr, log));
     EXPECT_TRUE(vault.addPem(blocks + pemOf("leaf.key"), nullptr, log));
     EXPECT_FALSE(vault.addPem(blocks + pemOf("leaf.key leaf.key"), nullptr, log));
-    EXPECT_EQ(errorsIn(log),
-              "PEM block 2, ENCRYPTED PRIVATE KEY: over the limit of key derivation work.|"
-              "PEM: over the limit of size.|PEM: over the limit of blocks.");
+    EXPECT_FALSE(vault.addPem(pemOf("leaf.key:long"), nullptr, log));
+    EXPECT_EQ(
+        errorsIn(log),
+        "PEM block 2, ENCRYPTED PRIVATE KEY: over the limit of key derivation work.|"
+        "PEM: over the limit of size.|PEM block 10000, PRIVATE KEY: over the limit of keys.|"
+        "PEM: over the limit of blocks.|PEM block 1, PRIVATE KEY: over the limit of key size.");
 }
 
 TEST(CertMgr, AttachesKeysAcrossSources) {

@@ -26,7 +26,7 @@ TEST(SchemeRsaPss, ReadsParametersStrictlyButForDefaults) {
         {"another digest", "300fa00d300b" + kSha256, kSignatureDoesNotMatch},
         {"another mask", "301ca11a3018" + kMgf1 + "300b" + kSha256, kSignatureDoesNotMatch},
         {"one more byte of salt", "3005a203020115", kSignatureDoesNotMatch},
-        {"the longest salt that is read", "3006a20402020800", kSignatureDoesNotMatch},
+        {"a salt larger than any key", "3006a20402020801", kSignatureDoesNotMatch},
         {"no parameters", "", "The RSASSA-PSS signature algorithm has no parameters."},
         {"something behind the parameters", "30000500", kBad},
         {"something behind the last field", "30020500", kBad},
@@ -37,7 +37,6 @@ TEST(SchemeRsaPss, ReadsParametersStrictlyButForDefaults) {
         {"another mask function", "3018a116301406092a864886f70d0101093007" + kSha1, kBad},
         {"a mask function without digest", "300fa10d300b" + kMgf1, kBad},
         {"a negative salt size", "3005a2030201ff", kBad},
-        {"a salt larger than any key", "3006a20402020801", kBad},
         {"a salt size of 2^64 + 20", "300da20b0209010000000000000014", kBad},
         {"trailer field 2", "3005a303020102", kBad},
     };

@@ -52,6 +52,19 @@ TEST(X509Certificate, GivesWhatIsThereAndNothingElse) {
     }
 }
 
+TEST(X509Certificate, RefusesTailsAndWhatIsTooLong) {
+    const std::string bytes = testfiles::derOf(certOf(loadCert("leaf.pem")));
+    LogText log;
+    EXPECT_EQ(testfiles::parseCert(certstore::bytesOf(bytes + '\0'), log), nullptr);
+    for (const std::size_t size : {1U << 20, (1U << 20) + 1})
+        EXPECT_EQ(testfiles::parseCert(std::vector<unsigned char>(size), log), nullptr);
+    EXPECT_EQ(log.getText(),
+              "ERROR: Not a certificate: cannot read end of certificate at byte "
+                  + std::to_string(bytes.size())
+                  + ".\nERROR: Not a certificate: cannot read certificate at byte 0.\n"
+                    "ERROR: Not a certificate: cannot read size at byte 0.\n");
+}
+
 TEST(CertificateHolder, SharesOneCertificateUntilTheLastHolderGoes) {
     LogNull log;
     auto first = loadCert("root.pem");
@@ -110,6 +123,14 @@ TEST(PrivateKeys, TheMarkTravelsWithTheKeyAndTheFirstKeyStays) {
     EXPECT_FALSE(certOf(b).m_certKey.loadPrivateKeyDer(pkcs8, log));
     EXPECT_EQ(log.getText(),
               "ERROR: A private key is held already.\nERROR: A private key is held already.\n");
+}
+
+TEST(PrivateKeys, SizeIsBounded) {
+    DataBuffer tooLong;
+    tooLong.extend((1U << 20) + 1);
+    LogText log;
+    EXPECT_FALSE(_zvPublicKey().loadPrivateKeyDer(tooLong, log));
+    EXPECT_EQ(log.getText(), "ERROR: The private key is over the limit of key size.\n");
 }
 
 }  // namespace
