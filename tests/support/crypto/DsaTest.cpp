@@ -28,11 +28,16 @@ struct Inputs {
     }
 
     // Anybody can sign with a g and y of -1, whose powers are 1 and -1.
-    void useMinusOne(unsigned char newR, unsigned char newS) {
+    Inputs& useMinusOne(unsigned char newR, unsigned char newS) {
         g = y = p;
         g.back() = y.back() = static_cast<unsigned char>(p.back() - 1);
         r = {newR};
         s = {newS};
+        return *this;
+    }
+    void setSizeOfP(std::size_t size) {
+        p.assign(size, 0xff);
+        useMinusOne(1, 1);
     }
 
     // Whether y is what x gives.
@@ -65,16 +70,8 @@ TEST(DsaTest, TakesNumbersInTheirRangesOnly) {
         {"x is far longer than q", true, false, [](Inputs& i) { i.x.insert(i.x.begin(), 40, 1); }},
         {"p more than y", false, false, [](Inputs& i) { add(i.y, i.p); }},
         {"p more than g", false, false, [](Inputs& i) { add(i.g, i.p); }},
-        {"y is 1", false, false,
-         [](Inputs& i) {
-             i.useMinusOne(1, 4);
-             i.y = {1};
-         }},
-        {"g is 1", false, false,
-         [](Inputs& i) {
-             i.useMinusOne(1, 2);
-             i.g = {1};
-         }},
+        {"y is 1", false, false, [](Inputs& i) { i.useMinusOne(1, 4).y = {1}; }},
+        {"g is 1", false, false, [](Inputs& i) { i.useMinusOne(1, 2).g = {1}; }},
         {"y is 0", false, false, [](Inputs& i) { i.y = {0}; }},
         {"g is 0", false, false, [](Inputs& i) { i.g = {0}; }},
         {"p is even", false, false, [](Inputs& i) { i.p.back() ^= 1; }},
@@ -85,21 +82,10 @@ TEST(DsaTest, TakesNumbersInTheirRangesOnly) {
              i.g = i.y = {2};
          }},
         {"q of 161 bits", false, false,
-         [](Inputs& i) {
-             i.q.insert(i.q.begin(), 1);
-             i.useMinusOne(1, 1);
-         }},
+         [](Inputs& i) { i.useMinusOne(1, 1).q.insert(i.q.begin(), 1); }},
         {"q of 264 bits", false, false, [](Inputs& i) { i.q.insert(i.q.begin(), 13, 1); }},
-        {"p of 4096 bits", true, true,
-         [](Inputs& i) {
-             i.p.assign(512, 0xff);
-             i.useMinusOne(1, 1);
-         }},
-        {"p of 4104 bits", false, false,
-         [](Inputs& i) {
-             i.p.assign(513, 0xff);
-             i.useMinusOne(1, 1);
-         }},
+        {"p of 4096 bits", true, true, [](Inputs& i) { i.setSizeOfP(512); }},
+        {"p of 4104 bits", false, false, [](Inputs& i) { i.setSizeOfP(513); }},
         {"no q", false, false, [](Inputs& i) { i.q.clear(); }},
         {"no p", false, false, [](Inputs& i) { i.p.clear(); }},
     };
