@@ -190,16 +190,6 @@ TEST(HostileFiles, PrivateKeys) {
             if (block.label.ends_with("PRIVATE KEY") && certstore::decodeBase64(block.body, der))
                 seeds.push_back({std::string(textOf(der.view())), std::string(block.label)});
     }
-    for (const Seed& seed : containers()) {
-        Pkcs12 container(smallLimits());
-        LogNull quiet;
-        DataBuffer der;
-        bool flag = false;
-        if (container.pkcs12FromDb(Block(seed.bytes), seed.detail.c_str(), flag, quiet)
-            && container.get_NumPrivateKeys() > 0
-            && container.getPrivateKey(0)->getPrivateKeyDer(der, flag))
-            seeds.push_back({std::string(textOf(der.view())), "PRIVATE KEY"});
-    }
     throwAt(seeds, [](const DataBuffer& bytes, const Seed& seed, LogText& log) {
         StringBuffer base64;
         certstore::appendBase64(base64, bytes.view());
