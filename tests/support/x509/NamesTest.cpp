@@ -9,7 +9,6 @@
 #include "support/x509/DistinguishedName.h"
 #include "support/x509/NameAttributes.h"
 #include "support/x509/NameText.h"
-#include "support/x509/PemCertificates.h"
 #include "tests/common/TestFiles.h"
 
 namespace {
@@ -108,16 +107,6 @@ TEST(Names, HoldAnyNumberOfAttributes) {
         "2.5.4.16=v, BUSINESSCATEGORY=v, 2.5.4.14=v, DESCRIPTION=v, TITLE=v, OU=v, "
         "O=v, STREET=v, ST=v, L=v, C=v, SERIALNUMBER=v, SN=v, CN=v, 2.5.4.2=v, 2.5.4.1=v, "
         "2.5.4.0=v"));
-}
-
-TEST(Names, ThatBreakTheirStringTypeAreRefused) {
-    const std::string text = testfiles::readFile(testfiles::data("string-malformed.pem"));
-    certstore::PemCertificates blocks(text);
-    DataBuffer der;
-    LogNull log;
-    for (int i = 0; blocks.next(der); ++i)
-        // The seventh has a letter outside the alphabet of PrintableString, as real CAs wrote.
-        EXPECT_EQ(testfiles::parseCert(der.view(), log) != nullptr, i == 6) << i;
 }
 
 TEST(DistinguishedName, ReadsWhatPeopleType) {
