@@ -2,13 +2,17 @@
 # Installs what building, testing and demonstrating certstore needs from Debian, and only what is
 # missing: where everything is present no network and no privilege is needed. With the argument
 # `interop` also the programs that the interoperability tests get files from, with `bench` also the
-# peers that the benchmarks run beside.
+# peers that the benchmarks run beside, with `lint` also what
+# scripts/lint.sh reads the sources with.
 set -euo pipefail
 
 packages=(cmake ninja-build g++ libgtest-dev nlohmann-json3-dev openssl ca-certificates)
 [[ ${1:-} != interop ]] || packages+=(gnutls-bin libnss3-tools default-jre-headless)
 [[ ${1:-} != bench ]] || packages+=(libbenchmark-dev pkg-config libssl-dev libgnutls28-dev libmbedtls-dev
     libnss3-dev python3 python3-matplotlib)
+[[ ${1:-} != lint ]] || packages+=(clang-tidy-14 cppcheck)
+[[ ${1:-} != valgrind ]] || packages+=(valgrind libc6-dbg)
+[[ ${1:-} != coverage ]] || packages+=(gcovr)
 
 if ! command -v apt-get >/dev/null || ! command -v dpkg-query >/dev/null; then
     echo "Not a Debian system: nothing installed. Needed are the equivalents of ${packages[*]}." >&2

@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
-# Checks the layers, then builds and runs all tests twice: optimised, and under the address, leak
-# and undefined-behaviour sanitizers. CERTSTORE_VECTORS_DIR names the folder of foreign vectors.
+# Reads the sources for faults (scripts/lint.sh), then builds and runs all tests twice: optimised,
+# and under the address, leak and undefined-behaviour sanitizers. CERTSTORE_VECTORS_DIR names the
+# folder of foreign vectors.
 set -euo pipefail
 
 vectors=${CERTSTORE_VECTORS_DIR:-}
@@ -9,8 +10,7 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
 say() { printf '\n== %s\n' "$*"; }
 
-say "Checking the layers"
-bash scripts/check_layers.sh
+bash scripts/lint.sh
 
 say "Installing what is missing"
 bash scripts/install_packages.sh

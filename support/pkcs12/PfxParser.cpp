@@ -208,6 +208,8 @@ bool PfxParser::readEncryptedData(ByteView content, Safe& safe) {
     return charge(safe.cipher.cost(), safe.name);
 }
 
+// NOLINTBEGIN(misc-no-recursion): no deeper than m_limits.nesting
+
 // SafeContents (RFC 7292 section 4.2).
 bool PfxParser::readBags(ByteView safeContents, unsigned int depth, Safe& safe) {
     if (depth >= m_limits.nesting)
@@ -234,8 +236,8 @@ bool PfxParser::readBag(ByteView safeBag, unsigned int depth, Safe& safe) {
         return fail("bag " + std::to_string(m_bagCount) + ": malformed.");
     // Attributes that are malformed name nothing, like those that are absent.
     (void)bag.readSet(attributes);
-    const auto row = std::find_if(std::begin(kBagRows), std::end(kBagRows),
-                                  [type](const BagRow& known) { return known.oid == type; });
+    const auto* row = std::find_if(std::begin(kBagRows), std::end(kBagRows),
+                                   [type](const BagRow& known) { return known.oid == type; });
     if (row == std::end(kBagRows)) {
         note("Skipped a bag of type " + dotted(type) + ".");
         return true;
@@ -254,6 +256,8 @@ bool PfxParser::readBag(ByteView safeBag, unsigned int depth, Safe& safe) {
     return row->type == BagType::Key ? readKeyBag(content.rest(), attributes.rest(), safe)
                                      : readShroudedKey(content.rest(), attributes.rest(), safe);
 }
+
+// NOLINTEND(misc-no-recursion)
 
 bool PfxParser::readKeyBag(ByteView content, ByteView attributes, Safe& safe) {
     Bag& bag = safe.bags.emplace_back();

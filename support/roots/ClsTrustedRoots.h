@@ -10,6 +10,7 @@
 // A set of root certificates in the making: loaded first, then activated for the process, for the
 // application (TrustedRoots) or as the operating system's (SysTrustedRoots). Activated roots
 // outlive it. Used by one thread at a time.
+// NOLINTNEXTLINE(*-virtual-class-destructor): deleteSelf destroys it
 class ClsTrustedRoots : public ClsBase {
 public:
     // A new empty object, the caller's, to be given back with deleteSelf. Null when it cannot be

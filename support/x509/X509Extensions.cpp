@@ -29,7 +29,7 @@ void readSubjectAltName(ByteView value, X509Fields& fields) noexcept {
         return;
     ByteView email;
     while (!names.atEnd()) {
-        unsigned char tag;
+        unsigned char tag = 0;
         ByteView content, whole;
         if (!names.readAny(tag, content, whole))
             return;
