@@ -2,8 +2,8 @@
 # Installs what building, testing and demonstrating certstore needs from Debian, and only what is
 # missing: where everything is present no network and no privilege is needed. With the argument
 # `interop` also the programs that the interoperability tests get files from, with `bench` also the
-# peers that the benchmarks run beside, with `lint` also what
-# scripts/lint.sh reads the sources with.
+# peers that the benchmarks run beside, with `lint`, `valgrind` or `coverage` also what the script of
+# that name runs.
 set -euo pipefail
 
 packages=(cmake ninja-build g++ libgtest-dev nlohmann-json3-dev openssl ca-certificates)
