@@ -18,13 +18,15 @@ namespace {
 constexpr unsigned int kMaxPasswordSize = 4096;
 
 // What a signal handler needs to give the echo back; set while it is off.
+// NOLINTBEGIN(*-global-variables): a handler gets nothing but the number of its signal
 int terminalWithoutEcho = -1;
 termios settingsWithEcho;
+// NOLINTEND(*-global-variables)
 
 extern "C" void restoreEchoAndRaise(int signal) {
     tcsetattr(terminalWithoutEcho, TCSANOW, &settingsWithEcho);
     // The default action is back in place and ends the program once this handler has returned.
-    raise(signal);
+    (void)raise(signal);
 }
 
 // Turns a terminal's echo off and, in the end or when a signal ends the program, on again.
@@ -100,6 +102,7 @@ bool readFromFile(const std::string& path, DataBuffer& password, std::string& er
 }
 
 bool readFromVariable(const std::string& name, DataBuffer& password, std::string& error) {
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): there is one thread
     const char* value = std::getenv(name.c_str());
     if (!value) {
         error = "the variable " + name + " is not set";

@@ -147,7 +147,7 @@ bool fillStore(SystemCerts& store, const Options& options, CertificateHolder& fi
     }
     for (const std::string& path : options.files)
         if (!addFile(store, path, first, error)) {
-            error = path + ": " + error;
+            error.insert(0, path + ": ");
             return false;
         }
     return true;
@@ -218,7 +218,7 @@ int main(int argc, char** argv) {
     }
     for (const std::string& path : options.rootFiles)
         if (!trustRoots(path, error))
-            return fail(path + ": " + error);
+            return fail(error.insert(0, path + ": "));
     const SystemCertsHolder holder;
     SystemCerts* store = holder.getSystemCertsPtr();
     if (!store)

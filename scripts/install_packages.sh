@@ -2,7 +2,8 @@
 # Installs what building, testing and demonstrating certstore needs from Debian, and only what is
 # missing: where everything is present no network and no privilege is needed. With the argument
 # `interop` also the programs that the interoperability tests get files from, with `bench` also the
-# peers that the benchmarks run beside, with `fuzz` also the compiler that has libFuzzer.
+# peers that the benchmarks run beside, with `fuzz` the compiler that has libFuzzer, with `lint`,
+# `valgrind` or `coverage` what the script of that name runs.
 set -euo pipefail
 
 packages=(cmake ninja-build g++ libgtest-dev libssl-dev nlohmann-json3-dev openssl ca-certificates)
@@ -10,6 +11,9 @@ packages=(cmake ninja-build g++ libgtest-dev libssl-dev nlohmann-json3-dev opens
 [[ ${1:-} != bench ]] || packages+=(libbenchmark-dev pkg-config libgnutls28-dev libmbedtls-dev
     libnss3-dev python3 python3-matplotlib)
 [[ ${1:-} != fuzz ]] || packages+=(clang libclang-rt-dev)
+[[ ${1:-} != lint ]] || packages+=(clang-tidy-14 cppcheck)
+[[ ${1:-} != valgrind ]] || packages+=(valgrind libc6-dbg)
+[[ ${1:-} != coverage ]] || packages+=(gcovr)
 
 if ! command -v apt-get >/dev/null || ! command -v dpkg-query >/dev/null; then
     echo "Not a Debian system: nothing installed. Needed are the equivalents of ${packages[*]}." >&2

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Checks the layers and the table of limits, then builds and runs all tests twice: optimised, and
-# under the address, leak and undefined-behaviour sanitizers; then fuzzes for a minute.
+# Reads the sources for faults (scripts/lint.sh), then builds and runs all tests twice: optimised,
+# and under the address, leak and undefined-behaviour sanitizers; then fuzzes for a minute.
 # CERTSTORE_VECTORS_DIR names the folder of foreign vectors.
 set -euo pipefail
 
@@ -10,9 +10,7 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
 say() { printf '\n== %s\n' "$*"; }
 
-say "Checking the layers and the table of limits"
-bash scripts/check_layers.sh
-bash scripts/check_limits.sh
+bash scripts/lint.sh
 
 say "Installing what is missing"
 bash scripts/install_packages.sh

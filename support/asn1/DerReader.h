@@ -141,7 +141,7 @@ inline bool DerReader::readSequence(DerReader& inner) noexcept {
 }
 
 inline bool DerReader::readSequence(DerReader& inner, ByteView& whole) noexcept {
-    unsigned char tag;
+    unsigned char tag = 0;
     return nextIs(DerTag::Sequence) && readAny(tag, inner.m_rest, whole);
 }
 

@@ -12,7 +12,7 @@ inline void changeCase(char* text, std::size_t size, char first) noexcept {
     using Word = std::uint64_t;
     constexpr Word kEach = 0x0101010101010101, kHigh = 0x80 * kEach;
     const auto at = static_cast<unsigned char>(first);
-    const Word reachesFirst = (0x80u - at) * kEach, passesLast = (0x80u - at - 26) * kEach;
+    const Word reachesFirst = (0x80U - at) * kEach, passesLast = (0x80U - at - 26) * kEach;
     const auto changeWord = [=](char* place, std::size_t length) {
         Word word = 0;
         std::memcpy(&word, place, length);

@@ -48,6 +48,7 @@ void StringBuffer::growBy(std::size_t more) {
     m_isOnHeap = true;
 }
 
+// NOLINTNEXTLINE(misc-no-recursion): once, as the copy is elsewhere
 void StringBuffer::splice(unsigned int position, unsigned int removed, std::string_view text) {
     if (text.data() >= m_data && text.data() <= m_data + m_size) {
         // What moves the text would move or free the very bytes that are to go in.

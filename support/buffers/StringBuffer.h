@@ -94,6 +94,7 @@ inline char* StringBuffer::extend(std::size_t size) {
     return place;
 }
 
+// NOLINTNEXTLINE(misc-no-recursion): see splice
 inline void StringBuffer::append(std::string_view text) {
     if (text.size() >= m_capacity - m_size)
         splice(m_size, 0, text);

@@ -73,7 +73,7 @@ constexpr std::size_t kBlock = 256;
 
 // In host order: hashes never leave the process, so all that matters is that they agree in it.
 std::uint64_t wordAt(const char* at) noexcept {
-    std::uint64_t word;
+    std::uint64_t word = 0;
     std::memcpy(&word, at, kWord);
     return word;
 }

@@ -11,7 +11,7 @@ template <class Word>
 constexpr Word loadBigEndian(const unsigned char* octets) noexcept {
     static_assert(sizeof(Word) == 4 || sizeof(Word) == 8);
     if constexpr (sizeof(Word) == 8)
-        return static_cast<Word>(loadBigEndian<std::uint32_t>(octets)) << 32
+        return std::uint64_t{loadBigEndian<std::uint32_t>(octets)} << 32
             | loadBigEndian<std::uint32_t>(octets + 4);
     else
         return static_cast<Word>(octets[0]) << 24 | static_cast<Word>(octets[1]) << 16

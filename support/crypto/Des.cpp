@@ -129,7 +129,7 @@ constexpr void doRound(Halves& halves, const RoundKey& roundKey) {
     halves = {halves.right, mixed};
 }
 
-constexpr std::uint64_t kHalfMask = (1u << 28) - 1;
+constexpr std::uint64_t kHalfMask = (1U << 28) - 1;
 
 constexpr std::uint64_t rotateHalf(std::uint64_t half, int by) {
     return (half << by | half >> (28 - by)) & kHalfMask;

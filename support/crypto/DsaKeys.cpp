@@ -52,7 +52,7 @@ bool deriveDsaPublicKey(const DsaDomain& domain, ByteView x, std::span<unsigned 
         return false;
     Work work{};
     const WipeGuard guard(&work, sizeof work);
-    decltype(work.exponent) order;
+    decltype(work.exponent) order{};
     if (!loadLimbs(domain.q, order) || !loadSecretLimbs(x, work.exponent)
         || !isSecretWithin(work.exponent, order))
         return false;

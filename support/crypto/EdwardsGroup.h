@@ -115,7 +115,7 @@ template <class Curve>
 auto EdwardsGroup<Curve>::toAddend(const ExtendedPoint& p) noexcept -> Addend {
     // Not twice the product, which would not be tight.
     const Element d = Curve::kIsTwisted ? Field::twice(Curve::kD) : Curve::kD;
-    return {p, Field::multiply(p.t, d)};
+    return {{p.x, p.y, p.z}, Field::multiply(p.t, d)};
 }
 
 // e = 2 x y, f = g - 2 z^2, g = a x^2 + y^2, h = a x^2 - y^2 up to signs that cancel.

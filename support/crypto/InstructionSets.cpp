@@ -18,9 +18,9 @@ struct InstructionSets {
 
 // Bits of CPUID leaf 1, register ECX, and (the last one) of leaf 7, register EBX. The code for SHA
 // also shuffles octets, which takes SSSE3.
-constexpr unsigned kSsse3 = 1u << 9;
-constexpr unsigned kAes = 1u << 25;
-constexpr unsigned kSha = 1u << 29;
+constexpr unsigned kSsse3 = 1U << 9;
+constexpr unsigned kAes = 1U << 25;
+constexpr unsigned kSha = 1U << 29;
 
 InstructionSets detect() noexcept {
     unsigned a = 0, b = 0, c = 0, d = 0;
@@ -45,6 +45,7 @@ const InstructionSets& present() noexcept {
     return sets;
 }
 
+// NOLINTNEXTLINE(*-global-variables): for tests
 std::atomic<bool> everythingHidden = false;
 
 bool hidden() noexcept {

@@ -13,7 +13,7 @@ template <class Word>
 constexpr Word loadLittleEndian(const unsigned char* octets) noexcept {
     static_assert(sizeof(Word) == 4 || sizeof(Word) == 8);
     if constexpr (sizeof(Word) == 8)
-        return static_cast<Word>(loadLittleEndian<std::uint32_t>(octets + 4)) << 32
+        return std::uint64_t{loadLittleEndian<std::uint32_t>(octets + 4)} << 32
             | loadLittleEndian<std::uint32_t>(octets);
     else
         return static_cast<Word>(octets[3]) << 24 | static_cast<Word>(octets[2]) << 16

@@ -37,7 +37,7 @@ char32_t utf8CharAt(ByteView bytes) noexcept {
 std::size_t asciiRun(ByteView bytes) noexcept {
     constexpr std::uint64_t kLow = 0x0101010101010101, kHigh = 0x8080808080808080;
     std::size_t size = 0;
-    for (std::uint64_t word; bytes.size() - size >= sizeof word; size += sizeof word) {
+    for (std::uint64_t word = 0; bytes.size() - size >= sizeof word; size += sizeof word) {
         std::memcpy(&word, bytes.data() + size, sizeof word);
         // The subtraction sets the high bit of the first byte that is zero.
         if (((word - kLow) | word) & kHigh)

@@ -62,6 +62,8 @@ bool takeEndOfContents(ByteView& rest) noexcept {
 // in front of its content, and to write them.
 class Rewriter {
 public:
+    // NOLINTBEGIN(misc-no-recursion): no deeper than m_maxDepth, which measureContent sees to
+
     explicit Rewriter(unsigned int maxDepth) noexcept : m_maxDepth(maxDepth) {}
 
     // Measures the first value of `rest`, which moves behind it.
@@ -135,6 +137,8 @@ private:
         else
             writePrimitive(rest, header, der);
     }
+
+    // NOLINTEND(misc-no-recursion)
 
     static void writePrimitive(ByteView& rest, const Header& header, DataBuffer& der) {
         der.append(rest.first(header.size));

@@ -18,7 +18,7 @@ void readPfxAttributes(ByteView attributes, PfxItem& item) {
     DerReader list(attributes), attribute, values;
     while (!list.atEnd()) {
         ByteView type, value, whole;
-        unsigned char tag;
+        unsigned char tag = 0;
         if (!list.readSequence(attribute))
             return;
         if (!attribute.readOid(type) || !attribute.readSet(values)

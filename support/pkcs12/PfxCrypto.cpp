@@ -94,7 +94,7 @@ constexpr FixedScheme kFixedSchemes[] = {
 
 template <typename Row, std::size_t size>
 const Row* findRow(const Row (&rows)[size], ByteView oid) noexcept {
-    const auto row =
+    const auto* row =
         std::find_if(rows, rows + size, [oid](const Row& known) { return known.oid == oid; });
     return row == rows + size ? nullptr : row;
 }

@@ -208,8 +208,9 @@ bool PfxParser::readEncryptedData(ByteView content, Safe& safe) {
     return charge(safe.cipher.cost(), safe.name);
 }
 
-// SafeContents (RFC 7292 section 4.2). Safes in safes come no deeper than values in values, which
-// readBer() has bounded.
+// NOLINTBEGIN(misc-no-recursion): no deeper than m_limits.nesting, which readBer() has seen to
+
+// SafeContents (RFC 7292 section 4.2). Safes in safes come no deeper than values in values.
 bool PfxParser::readBags(ByteView safeContents, Safe& safe) {
     DerReader outer(safeContents), bags;
     if (!outer.readSequence(bags))
@@ -233,8 +234,8 @@ bool PfxParser::readBag(ByteView safeBag, Safe& safe) {
         return fail("bag " + std::to_string(m_bagCount) + ": malformed.");
     // Attributes that are malformed name nothing, like those that are absent.
     (void)bag.readSet(attributes);
-    const auto row = std::find_if(std::begin(kBagRows), std::end(kBagRows),
-                                  [type](const BagRow& known) { return known.oid == type; });
+    const auto* row = std::find_if(std::begin(kBagRows), std::end(kBagRows),
+                                   [type](const BagRow& known) { return known.oid == type; });
     if (row == std::end(kBagRows)) {
         note("Skipped a bag of type " + dotted(type) + ".");
         return true;
@@ -253,6 +254,8 @@ bool PfxParser::readBag(ByteView safeBag, Safe& safe) {
     return row->type == BagType::Key ? readKeyBag(content.rest(), attributes.rest(), safe)
                                      : readShroudedKey(content.rest(), attributes.rest(), safe);
 }
+
+// NOLINTEND(misc-no-recursion)
 
 bool PfxParser::readKeyBag(ByteView content, ByteView attributes, Safe& safe) {
     Bag& bag = safe.bags.emplace_back();

@@ -8,6 +8,7 @@ namespace {
 
 constexpr const char* kSystemPath = "/etc/ssl/certs/ca-certificates.crt";
 
+// NOLINTNEXTLINE(*-global-variables): for tests
 std::atomic<const char*> g_path{kSystemPath};
 
 }  // namespace

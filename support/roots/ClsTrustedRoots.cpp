@@ -53,6 +53,7 @@ bool ClsTrustedRoots::addPemCerts(std::string_view text, ProgressMonitor* progre
     DataBuffer der;
     int good = 0, bad = 0;
     while (certs.next(der)) {
+        // cppcheck-suppress danglingTempReference  // takes `quiet`, a LogBase, for a temporary
         ++(addCertDer(der, details) ? good : bad);
         if (!progress)
             continue;

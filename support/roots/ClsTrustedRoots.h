@@ -11,6 +11,7 @@
 // application (TrustedRoots) or as the operating system's (SysTrustedRoots). Activated roots
 // outlive it. Used by one thread at a time. Loading and activating may throw std::bad_alloc; roots
 // done before stay, and doing it again adds the others.
+// NOLINTNEXTLINE(*-virtual-class-destructor): deleteSelf destroys it
 class ClsTrustedRoots : public ClsBase {
 public:
     // A new empty object, the caller's, to be given back with deleteSelf. Null when it cannot be

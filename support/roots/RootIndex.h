@@ -58,7 +58,7 @@ private:
     using Roots = std::vector<const Root*>;
     using Index = std::map<std::string, Roots, std::less<>>;
 
-    bool addLocked(X509Certificate& root);
+    bool addLocked(X509Certificate& cert);
 
     mutable std::shared_mutex m_mutex;
     std::vector<std::unique_ptr<const Root>> m_roots;

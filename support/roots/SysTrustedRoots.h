@@ -26,11 +26,12 @@ public:
     // What ClsTrustedRoots does when it is activated: adds roots behind those that are there; one
     // that is there already is not kept twice. Sets m_alreadyLoaded when the set then holds any,
     // but not when it throws: what is missing is read again.
-    static void addRoots(const certstore::RootIndex& roots);
+    static void addRoots(const certstore::RootIndex& added);
 
     // Empties the set and clears m_alreadyLoaded: the next miss reads the CA bundle again.
     static void removeAll();
 
     // The set holds roots; the CA bundle is not read again.
+    // NOLINTNEXTLINE(*-global-variables): it is of the set
     static inline std::atomic<bool> m_alreadyLoaded{false};
 };

@@ -29,7 +29,7 @@ public:
 
     // What ClsTrustedRoots does when it is activated: adds roots behind those that are there; one
     // that is there already is not kept twice.
-    static void addRoots(const certstore::RootIndex& roots);
+    static void addRoots(const certstore::RootIndex& added);
 
     // Empties the set. Roots that stores have taken from it stay in those stores.
     static void removeAll();

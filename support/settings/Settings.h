@@ -9,7 +9,9 @@ public:
     _zvSettings() = delete;
 
     // The system's CA roots may be trusted.
+    // NOLINTNEXTLINE(*-global-variables): a switch
     static inline std::atomic<bool> m_trustSystemCaRoots{true};
     // The library may search the operating system's certificate stores by itself.
+    // NOLINTNEXTLINE(*-global-variables): a switch
     static inline std::atomic<bool> m_autoSearchOsCertStores{true};
 };

@@ -6,6 +6,7 @@ namespace certstore {
 
 // Its address is an id of the thread that asks. One for the whole process, whatever visibility its
 // shared objects are built with: a lock entered in one may be entered again in another.
+// NOLINTNEXTLINE(*-global-variables): only its address counts
 [[gnu::visibility("default")]] inline thread_local constinit char t_threadMark = 0;
 
 }  // namespace certstore
@@ -14,8 +15,8 @@ namespace certstore {
 // Taken through a CritSecExitor.
 //
 // A lookup takes two of these and is short, so both ways are inline: one atomic exchange each while
-// nobody else wants the lock. Who must wait looks again at growing intervals, for some 60 us in all,
-// and then sleeps; nobody is served in the order in which he came.
+// nobody else wants the lock. Who must wait looks again at growing intervals, for some 60 us in
+// all, and then sleeps; nobody is served in the order in which he came.
 class ZorvenCritSec {
 public:
     ZorvenCritSec() noexcept = default;

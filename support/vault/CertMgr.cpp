@@ -155,7 +155,7 @@ X509Certificate* CertMgr::addPemCert(const PemBlock& block, LogBase& log) {
     if (block.label == certstore::kTrustedCertificateLabel) {
         certstore::DerReader reader(bytes);
         certstore::ByteView content, whole;
-        unsigned char tag;
+        unsigned char tag = 0;
         if (reader.readAny(tag, content, whole))
             bytes = whole;
     }

@@ -11,7 +11,7 @@ constexpr std::string_view kBlanks = " \t\r\n";
 
 std::string_view trimmed(std::string_view text) noexcept {
     const std::size_t first = text.find_first_not_of(kBlanks);
-    if (first == text.npos)
+    if (first == std::string_view::npos)
         return {};
     return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
 }
@@ -31,7 +31,7 @@ public:
     // The next attribute's name and its value, with escapes and quotes resolved to bytes.
     bool next(std::string_view& name, StringBuffer& value) {
         const std::size_t equals = m_text.find('=', m_at);
-        if (equals == m_text.npos)
+        if (equals == std::string_view::npos)
             return false;
         name = trimmed(m_text.substr(m_at, equals - m_at));
         m_at = std::min(m_text.find_first_not_of(kBlanks, equals + 1), m_text.size());
@@ -57,7 +57,7 @@ private:
             }
             if (!quoted && (c == ',' || c == ';' || c == '+'))
                 return;
-            if (!quoted && kBlanks.find(c) != kBlanks.npos) {
+            if (!quoted && kBlanks.find(c) != std::string_view::npos) {
                 ++blanks;
                 continue;
             }
@@ -83,7 +83,7 @@ private:
             bytes.appendChar(static_cast<char>(hexPairAt(typed, i)));
         certstore::DerReader der(certstore::bytesOf(bytes.view()));
         certstore::ByteView content, whole;
-        unsigned char tag;
+        unsigned char tag = 0;
         const bool isDer = bytes.getSize() * 2 + 1 == typed.size()
             && der.readAny(tag, content, whole) && der.atEnd()
             && certstore::isNameValue(tag, content);

@@ -46,7 +46,7 @@ bool readPublicKeyInfo(ByteView spki, PublicKeyInfo& info) noexcept {
 bool readKeyAlgorithm(DerReader& outer, ByteView& algorithm, ByteView& parameters) noexcept {
     DerReader inner;
     ByteView content;
-    unsigned char tag;
+    unsigned char tag = 0;
     return outer.readSequence(inner) && inner.readOid(algorithm)
         && (inner.atEnd() || inner.readAny(tag, content, parameters)) && inner.atEnd();
 }

@@ -71,7 +71,9 @@ public:
 
     std::size_t size() const noexcept { return m_size; }
     const NamePlace& operator[](std::size_t i) const noexcept {
-        return i < m_few.size() ? m_few[i] : m_more[i - m_few.size()];
+        if (i < m_few.size())
+            return m_few[i];
+        return m_more[i - m_few.size()];
     }
 
 private:

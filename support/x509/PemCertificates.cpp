@@ -10,7 +10,7 @@ namespace {
 void cutToFirstValue(DataBuffer& der) noexcept {
     DerReader reader(der.view());
     ByteView content, whole;
-    unsigned char tag;
+    unsigned char tag = 0;
     if (reader.readAny(tag, content, whole))
         der.shrink(static_cast<unsigned int>(whole.size()));
 }

@@ -41,7 +41,7 @@ void readSubjectAltName(ByteView value, X509Fields& fields) noexcept {
         return;
     ByteView email;
     while (!names.atEnd()) {
-        unsigned char tag;
+        unsigned char tag = 0;
         ByteView content, whole;
         if (!names.readAny(tag, content, whole) || !isGeneralNameTag(tag))
             return;

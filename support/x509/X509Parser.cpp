@@ -82,7 +82,7 @@ bool Parser::readSerial(DerReader& tbs) noexcept {
 bool Parser::readAlgorithm(const char* field, DerReader& outer, ByteView& whole) noexcept {
     DerReader inner;
     ByteView oid, parameters, content;
-    unsigned char tag;
+    unsigned char tag = 0;
     return at(field, outer) && outer.readSequence(inner, whole) && inner.readOid(oid)
         && (inner.atEnd()
             || (inner.readAny(tag, content, parameters) && isWellFormedContent(tag, content)))
@@ -107,7 +107,7 @@ bool Parser::readName(const char* field, DerReader& tbs, ByteView& name) noexcep
 bool Parser::readAttribute(const char* field, DerReader& rdn) noexcept {
     DerReader attribute;
     ByteView type, value, whole;
-    unsigned char tag;
+    unsigned char tag = 0;
     return at(field, rdn) && rdn.readSequence(attribute) && attribute.readOid(type)
         && attribute.readAny(tag, value, whole) && attribute.atEnd() && isNameValue(tag, value);
 }
@@ -127,7 +127,7 @@ bool Parser::readSpki(DerReader& tbs) noexcept {
     constexpr const char* kField = "subjectPublicKeyInfo";
     DerReader key;
     ByteView algorithm, bits;
-    unsigned int unusedBits;
+    unsigned int unusedBits = 0;
     return at(kField, tbs) && tbs.readSequence(key, m_fields.spki)
         && readAlgorithm(kField, key, algorithm) && key.readBitString(bits, unusedBits)
         && key.atEnd();
