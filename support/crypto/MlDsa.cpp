@@ -46,8 +46,8 @@ struct Parts {
 bool Parts::read(const MlDsaParameters& set, ByteView publicKey, ByteView signature) noexcept {
     if (publicKey.size() != set.publicKeySize() || signature.size() != set.signatureSize())
         return false;
-    seed = publicKey.first(set.kSeedSize);
-    keyRows = publicKey.subspan(set.kSeedSize);
+    seed = publicKey.first(MlDsaParameters::kSeedSize);
+    keyRows = publicKey.subspan(MlDsaParameters::kSeedSize);
     challengeHash = signature.first(set.challengeSize);
     hints = signature.last(set.maxHints + set.rows);
     if (!areHints(set, hints))
@@ -70,7 +70,8 @@ MlDsaPolynomial Parts::computeRow(const MlDsaParameters& set, std::size_t row) c
     MlDsaSums sums{};
     addRowProduct(seed, row, std::span(response).first(set.columns), sums);
     MlDsaPolynomial keyRow;
-    readKeyRow(keyRows.subspan(row * set.kKeyRowSize, set.kKeyRowSize), keyRow);
+    readKeyRow(keyRows.subspan(row * MlDsaParameters::kKeyRowSize, MlDsaParameters::kKeyRowSize),
+               keyRow);
     transform(keyRow);
     for (std::size_t i = 0; i < sums.size(); ++i)
         sums[i] -= std::int64_t{challenge[i]} * keyRow[i];

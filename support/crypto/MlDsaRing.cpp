@@ -44,8 +44,8 @@ consteval std::array<Coefficient, kMlDsaDegree> computeRoots() {
         unsigned reversed = 0;
         for (unsigned bit = 0; bit < 8; ++bit)
             reversed |= (i >> bit & 1) << (7 - bit);
-        roots[i] =
-            static_cast<Coefficient>(Product{power(1753, reversed)} * kTwoTo32 % kMlDsaPrime);
+        const Product root = power(1753, reversed);
+        roots[i] = static_cast<Coefficient>(root * kTwoTo32 % kMlDsaPrime);
     }
     return roots;
 }

@@ -34,7 +34,7 @@ MlDsaPolynomial sampleChallenge(const MlDsaParameters& set, ByteView hash) noexc
     auto signs = loadLittleEndian<std::uint64_t>(octets.data());
     MlDsaPolynomial challenge{};
     for (std::size_t i = challenge.size() - set.challengeTerms; i < challenge.size(); ++i) {
-        unsigned char position;
+        unsigned char position = 0;
         do
             source.squeeze({&position, 1});
         while (position > i);

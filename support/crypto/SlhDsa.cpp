@@ -33,7 +33,7 @@ ByteView take(ByteView& rest, std::size_t size) noexcept {
 std::uint64_t readBits(ByteView octets, std::size_t position, unsigned int bitCount) noexcept {
     std::uint64_t value = 0;
     for (const std::size_t end = position + bitCount; position < end; ++position)
-        value = value << 1 | (octets[position / 8] >> (7 - position % 8) & 1u);
+        value = value << 1 | (octets[position / 8] >> (7 - position % 8) & 1U);
     return value;
 }
 
@@ -91,7 +91,7 @@ public:
             recoverWotsKey(take(signature, m_set.chainCount() * m_set.n), leaf, node);
             m_address.setType(Tree);
             climb(take(signature, m_set.treeLevels() * m_set.n), leaf, node);
-            leaf = static_cast<std::uint32_t>(tree & ((1u << m_set.treeLevels()) - 1));
+            leaf = static_cast<std::uint32_t>(tree & ((1U << m_set.treeLevels()) - 1));
             tree >>= m_set.treeLevels();
         }
     }
@@ -175,7 +175,7 @@ bool verify(const SlhDsaParameters& set, ByteView publicKey, ByteView head, Byte
             ByteView signature) noexcept {
     const ByteView seed = publicKey.first(set.n), root = publicKey.subspan(set.n);
     const ByteView randomizer = take(signature, set.n);
-    const ByteView forsSignature = take(signature, set.k * (1 + set.a) * set.n);
+    const ByteView forsSignature = take(signature, set.n * set.k * (1 + set.a));
 
     std::array<unsigned char, kLongestChoices> digest;
     ByteView rest =
