@@ -12,15 +12,16 @@
 using testfiles::Row;
 
 // Words of hexadecimal digits, each perhaps repeated: "30 0500*3". For changing what is there, "="
-// stands for the octets `before`, "^" changes the last bit so far and "-" drops the last octet.
+// stands for the octets `before`, "^2" changes a bit of the last octet but one, and "-" drops the
+// last.
 inline Bytes octetsOf(const std::string& words, const Bytes& before = {}) {
     Bytes all;
     std::istringstream in(words);
     for (std::string word; in >> word;) {
         const std::size_t star = word.find('*');
         const Bytes octets = word == "=" ? before : fromHex(word.substr(0, star));
-        if (word == "^")
-            all.back() ^= 1;
+        if (word[0] == '^')
+            all.at(all.size() - std::stoul(word.substr(1))) ^= 1;
         else if (word == "-")
             all.pop_back();
         else
