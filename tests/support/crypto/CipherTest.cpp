@@ -14,13 +14,10 @@
 #include "support/crypto/Sha2.h"
 #include "support/crypto/Sha3.h"
 #include "support/crypto/TripleDes.h"
-#include "tests/support/crypto/Bytes.h"
 #include "tests/support/crypto/Vectors.h"
 
 namespace certstore {
 namespace {
-
-constexpr std::size_t kWholeKey = 0;
 
 template <class Cipher>
 bool setKey(Cipher& cipher, const Bytes& key, std::size_t effectiveBits) {
@@ -41,14 +38,26 @@ Bytes decryptAll(const Bytes& key, std::size_t effectiveBits, Bytes blocks) {
     return blocks;
 }
 
-// With an IV from the pattern.
 template <class Cipher>
-bool decryptFile(const Bytes& key, std::size_t effectiveBits, ByteView ciphertext,
-                 DataBuffer& plain) {
+bool decryptFile(const Row& row, DataBuffer& plain) {
     Cipher cipher;
-    EXPECT_TRUE(setKey(cipher, key, effectiveBits));
-    plain.append(bytesOf("what was there before"));
-    return decryptCbc(cipher, makePattern(Cipher::kBlockSize), ciphertext, plain);
+    EXPECT_TRUE(setKey(cipher, hexOf(row, "key"), std::stoul(row.at("bits"))));
+    return decryptCbc(cipher, hexOf(row, "IV"), hexOf(row, "ciphertext"), plain);
+}
+
+struct Cipher {
+    Bytes (*decrypt)(const Bytes& key, std::size_t effectiveBits, Bytes blocks);
+    bool (*decryptFile)(const Row& row, DataBuffer& plain);
+};
+
+const Cipher& cipherOf(const Row& row) {
+    static const std::map<std::string, Cipher> kCiphers = {
+        {"AES", {decryptAll<AesDecryptor>, decryptFile<AesDecryptor>}},
+        {"DES", {decryptAll<DesKey>, nullptr}},
+        {"3DES", {decryptAll<TripleDesDecryptor>, decryptFile<TripleDesDecryptor>}},
+        {"RC2", {decryptAll<Rc2Decryptor>, decryptFile<Rc2Decryptor>}},
+    };
+    return kCiphers.at(row.at("cipher"));
 }
 
 Bytes makeKey(std::size_t size) {
@@ -58,24 +67,15 @@ Bytes makeKey(std::size_t size) {
     return key;
 }
 
-// A key of the octets 0f, 16, 1d .., 7 apart, and 16 octets of the SHA-256 of what it decrypts 4000
-// octets of the pattern to, which takes every table through all of its entries. Computed with
-//   openssl enc -d -provider legacy -provider default -<cipher>-ecb -K <key> -nopad | sha256sum
-using Decrypt = Bytes (*)(const Bytes& key, std::size_t effectiveBits, Bytes blocks);
-constexpr std::tuple<const char*, Decrypt, std::size_t, std::size_t, const char*> kStreams[] = {
-    {"aes-128", decryptAll<AesDecryptor>, 16, kWholeKey, "d13be40f32e26e5912cc3943494803dc"},
-    {"aes-192", decryptAll<AesDecryptor>, 24, kWholeKey, "7eb8e7e9c52c505ecac2c87ddf6b25e2"},
-    {"aes-256", decryptAll<AesDecryptor>, 32, kWholeKey, "bac72749378bf9e1793933475c1aaae1"},
-    {"des", decryptAll<DesKey>, 8, kWholeKey, "3b16c1acd0303a5e78ac52d1bc22014e"},
-    {"des-ede", decryptAll<TripleDesDecryptor>, 16, kWholeKey, "6d808a0d81da4129051e344c354e3550"},
-    {"des-ede3", decryptAll<TripleDesDecryptor>, 24, kWholeKey, "0d8691518e22fea2d2946757de7fbe9c"},
-    {"rc2", decryptAll<Rc2Decryptor>, 16, 128, "2bc0b0aa87e279fd5dd74587eb13b204"},
-};
-
+// 4000 octets of the pattern take every table through all of its entries.
 void expectKnownStreams() {
-    for (const auto& [what, decrypt, keySize, bits, known] : kStreams)
-        EXPECT_EQ(fingerprint(decrypt(makeKey(keySize), bits, makePattern(4000))), fromHex(known))
-            << what;
+    forEachCase("ciphers.tsv", [](const Row& row) {
+        const Bytes plain =
+            cipherOf(row).decrypt(hexOf(row, "key"), std::stoul(row.at("bits")), makePattern(4000));
+        const bool refused = row.at("fingerprint") == "none";
+        EXPECT_EQ(plain.empty(), refused);
+        EXPECT_TRUE(refused || fingerprint(plain) == hexOf(row, "fingerprint"));
+    });
 }
 
 TEST(CipherTest, DecryptsByTheBestCodeForThisProcessor) {
@@ -107,73 +107,37 @@ TEST(CipherTest, Rc4DecryptsInPieces) {
         const std::span<unsigned char> rest = std::span(bytes).subspan(1);
         cipher.apply({}, rest);
         cipher.apply(rest, rest);
-        // As above, with -rc4-40.
+        // By `openssl enc -d -rc4-40`.
         EXPECT_EQ(fingerprint(bytes), fromHex("a5d81b66a6434b01f09d1a4374469f3e"));
     }
 }
 
+// Those of other ciphers are among the streams.
 TEST(CipherTest, RefusesKeysOfWrongSize) {
-    const auto takes = [](auto decrypt, std::size_t keySize, std::size_t bits = kWholeKey) {
-        return !decrypt(makeKey(keySize), bits, Bytes(16)).empty();
-    };
-    for (const std::size_t size : {0u, 15u, 17u, 33u})
-        EXPECT_FALSE(takes(decryptAll<AesDecryptor>, size)) << size;
-    for (const std::size_t size : {0u, 7u, 9u})
-        EXPECT_FALSE(takes(decryptAll<DesKey>, size)) << size;
-    for (const std::size_t size : {8u, 15u, 23u, 25u})
-        EXPECT_FALSE(takes(decryptAll<TripleDesDecryptor>, size)) << size;
-    for (const auto& [size, bits] : {std::pair(0u, 64u), {129u, 64u}, {8u, 0u}, {8u, 1025u}})
-        EXPECT_FALSE(takes(decryptAll<Rc2Decryptor>, size, bits)) << size << ", " << bits;
-    EXPECT_TRUE(takes(decryptAll<Rc2Decryptor>, 128, 1024));
+    EXPECT_TRUE(Rc2Decryptor().setKey(makeKey(128), 1024));
     EXPECT_FALSE(Rc4().setKey({}));
     EXPECT_FALSE(Rc4().setKey(makeKey(257)));
 }
 
-// "Secrets of twenty-one" under makeKey(), by `openssl enc -e` with -aes-256-cbc and so on.
-constexpr char kAesFile[] = "eb143e117d63c2a3cec43984ff2296061a1a77537295e19501062f3a414d54a0";
-
 TEST(CipherTest, DecryptsFilesInCbcMode) {
-    const auto expectText = [](auto decrypt, std::size_t keySize, std::size_t bits,
-                               const char* ciphertext) {
-        DataBuffer plain;
-        EXPECT_TRUE(decrypt(makeKey(keySize), bits, fromHex(ciphertext), plain)) << ciphertext;
-        EXPECT_EQ(textOf(plain.view()), "Secrets of twenty-one") << ciphertext;
-        EXPECT_TRUE(plain.m_secure);
-    };
-    expectText(decryptFile<AesDecryptor>, 32, kWholeKey, kAesFile);
-    expectText(decryptFile<TripleDesDecryptor>, 24, kWholeKey,
-               "1f740d05b50740140ca74be3c835c3cf6a80f4b1ce552c02");
-    expectText(decryptFile<Rc2Decryptor>, 5, 40,
-               "3477b537cc4821683032ea0b4ef1e617cb2a1bd725165906");
-}
-
-TEST(CipherTest, RefusesFilesOfWrongSize) {
-    const Bytes whole = fromHex(kAesFile);
-    const std::tuple<const char*, Bytes, Bytes> kRows[] = {
-        {"one block: no padding", makePattern(16), Bytes(whole.begin(), whole.begin() + 16)},
-        {"part of a block", makePattern(16), Bytes(whole.begin(), whole.end() - 1)},
-        {"nothing", makePattern(16), {}},
-        {"short IV", makePattern(15), whole},
-        {"long IV", makePattern(17), whole},
-    };
-    AesDecryptor cipher;
-    ASSERT_TRUE(cipher.setKey(makeKey(32)));
-    for (const auto& [what, iv, ciphertext] : kRows) {
+    forEachCase("cbc.tsv", [](const Row& row) {
+        const std::string text = row.at("text") == "none" ? "" : row.at("text");
         DataBuffer plain;
         plain.append(bytesOf("what was there before"));
-        EXPECT_FALSE(decryptCbc(cipher, iv, ciphertext, plain)) << what;
-        EXPECT_EQ(plain.getSize(), 0u) << what;
-    }
+        EXPECT_EQ(cipherOf(row).decryptFile(row, plain), !text.empty());
+        EXPECT_EQ(textOf(plain.view()), text);
+        EXPECT_TRUE(text.empty() || plain.m_secure);
+    });
 }
 
-// The first 32 octets are a file; there are no more.
+// The first 32 octets are a file, that of cbc.tsv; there are no more.
 TEST(CipherTest, RefusesFilesThatBuffersCannotCount) {
-    const Bytes whole = fromHex(kAesFile);
+    const Bytes file = fromHex("eb143e117d63c2a3cec43984ff2296061a1a77537295e19501062f3a414d54a0");
     AesDecryptor cipher;
     ASSERT_TRUE(cipher.setKey(makeKey(32)));
     DataBuffer plain;
-    EXPECT_FALSE(decryptCbc(cipher, makePattern(16),
-                            {whole.data(), (std::size_t{1} << 32) + whole.size()}, plain));
+    EXPECT_FALSE(
+        decryptCbc(cipher, makePattern(16), {file.data(), (std::size_t{1} << 32) + 32}, plain));
 }
 
 TEST(CipherTest, ChecksEveryOctetOfThePadding) {

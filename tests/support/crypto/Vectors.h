@@ -11,8 +11,7 @@
 #include <vector>
 
 #include "support/crypto/Digest.h"
-#include "tests/common/TestFiles.h"
-#include "tests/support/crypto/Bytes.h"
+#include "tests/support/Cases.h"
 
 // Files in the format of Project Wycheproof.
 
@@ -30,6 +29,10 @@ inline const std::map<std::string, certstore::DigestAlgorithm> kVectorDigests = 
     {"SHA3-256", certstore::DigestAlgorithm::Sha3_256},
     {"SHA3-384", certstore::DigestAlgorithm::Sha3_384},
     {"SHA3-512", certstore::DigestAlgorithm::Sha3_512}};
+
+inline certstore::DigestAlgorithm digestAlgorithmOf(const std::string& name) {
+    return name == "MD5" ? certstore::DigestAlgorithm::Md5 : kVectorDigests.at(name);
+}
 
 inline Bytes hexOf(const Json& object, const char* name) {
     return fromHex(object.at(name).get<std::string>());

@@ -1,11 +1,9 @@
 #include <gtest/gtest.h>
 
-#include <string>
-#include <vector>
-
 #include "support/encoding/Base64.h"
 #include "support/encoding/Pem.h"
 #include "support/encoding/Utf8.h"
+#include "tests/support/Cases.h"
 
 namespace {
 
@@ -13,25 +11,13 @@ using certstore::bytesOf;
 using certstore::textOf;
 
 TEST(Base64, DecodesWhatItMustAndRefusesTheRest) {
-    const std::tuple<const char*, const char*, bool, const char*> cases[] = {
-        {"nothing", "", true, ""},
-        {"RFC 4648 section 10", "Zm9vYmE=", true, "fooba"},
-        {"two bytes behind a whole group", "Zm9vYg==", true, "foob"},
-        {"line ends and blanks anywhere", " Zm9v\r\nYm\n Fy\t", true, "foobar"},
-        {"padding left out", "Zm9vYg", true, "foob"},
-        {"one digit is no byte", "Zm9vY", false, ""},
-        {"too much padding", "Zm9v=", false, ""},
-        {"digits behind padding", "Zg==Zg==", false, ""},
-        {"bits that no byte takes", "Zm9vYh==", false, ""},
-        {"a character of no alphabet", "Zm9v*mFy", false, ""},
-        {"a byte beyond ASCII", "Zm9v\xffmFy", false, ""},
-    };
-    for (const auto& [sentence, text, good, bytes] : cases) {
+    forEachCase("base64.tsv", [](const Row& row) {
         DataBuffer out;
         out.append("kept", 4);
-        EXPECT_EQ(certstore::decodeBase64(text, out), good) << sentence;
-        EXPECT_EQ(textOf(out.view()), std::string("kept") + bytes) << sentence;
-    }
+        EXPECT_EQ(certstore::decodeBase64(testfiles::textCell(row.at("text")), out),
+                  isYes(row, "good"));
+        EXPECT_EQ(textOf(out.view()), "kept" + row.at("bytes"));
+    });
 }
 
 TEST(Base64, EncodesEveryLength) {
@@ -43,33 +29,20 @@ TEST(Base64, EncodesEveryLength) {
     EXPECT_STREQ(out.getString(), "Zg==Zm8=Zm9vZm9vYmFy");
 }
 
+// Of each block: label, blank, body without line ends.
 TEST(Pem, WalksBlocksAsFoundInTheField) {
-    const std::string a = "-----BEGIN A-----\nYQ==\n-----END A-----";
-    // Of each block: label, blank, body without line ends.
-    const std::tuple<const char*, std::string, std::vector<std::string>> kCases[] = {
-        {"no newline at the end", a, {"A YQ=="}},
-        {"CRLF, and text between",
-         "x\r\n-----BEGIN A-----\r\nYQ\r\n==\r\n-----END A-----\r\ny\n" + a,
-         {"A YQ==", "A YQ=="}},
-        {"an end of another label ends nothing",
-         "-----BEGIN B-----\nYg==\n-----END A-----\n" + a,
-         {"A YQ=="}},
-        {"a block without an end is passed over", "-----BEGIN B-----\nYg==\n" + a, {"A YQ=="}},
-        {"no label", "-----BEGIN -----\nYQ==\n-----END -----\n" + a, {"A YQ=="}},
-        {"dashes missing", "-----BEGIN A\nYQ==\n-----END A-----\n", {}},
-        {"nothing at all", "", {}},
-    };
-    for (const auto& [sentence, text, blocks] : kCases) {
+    forEachCase("pem-blocks.tsv", [](const Row& row) {
+        const std::string text = testfiles::textCell(row.at("text"));
         certstore::PemWalker walker(text);
         certstore::PemBlock block;
-        std::vector<std::string> found;
+        std::string found;
         while (walker.next(block)) {
             std::string body(block.body);
             std::erase_if(body, [](char ch) { return ch == '\r' || ch == '\n'; });
-            found.push_back(std::string(block.label) + " " + body);
+            found.append(found.empty() ? "" : "|").append(block.label).append(" ").append(body);
         }
-        EXPECT_EQ(found, blocks) << sentence;
-    }
+        EXPECT_EQ(found, row.at("blocks"));
+    });
 }
 
 TEST(Utf8, AcceptsExactlyWhatRfc3629Allows) {

@@ -3,11 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <sstream>
 
 #include "support/encoding/Base64.h"
 #include "support/log/LogText.h"
-#include "tests/common/TestFiles.h"
+#include "tests/support/Cases.h"
 
 namespace {
 
@@ -45,50 +44,7 @@ std::string part(const std::string& word) {
     return text + "\n";
 }
 
-// Words in one text: files in `pem`, edited by a suffix; in `keys`, for each certificate the file
-// of its key or "-". Errors have "|" between them, and no parser's positions.
-struct PemCase {
-    const char *sentence, *pem, *keys, *errors = "", *password = "password";
-};
-
-const PemCase kCases[] = {
-    {"mixed", "rsa-leaf.key leaf.pem rsa-leaf.pem key-ec-encrypted.key", "leaf.key rsa-leaf.key"},
-    {"traditional keys", "leaf.pem rsa-leaf.pem key-rsa-traditional.key key-ec-traditional.key",
-     "leaf.key rsa-leaf.key"},
-    {"headers", "leaf.key:headers leaf.pem", "leaf.key"},
-    {"PKCS#12 scheme", "key-rsa-encrypted.key rsa-leaf.pem", "rsa-leaf.key"},
-    {"a renewal", "renewed-a.pem renewed.key renewed-b.pem", "renewed.key renewed.key"},
-    {"a foreign key stays alone", "leaf.pem leaf-other.key rsa-leaf.pem", "- -"},
-    {"bad blocks between good ones", "bundle-mixed.pem", "- - - bundle-mixed.pem",
-     "PEM block 4, CERTIFICATE: Not a certificate:|PEM block 5, CERTIFICATE: not base64."},
-    {"no public half", "leaf.pem rsa-leaf.pem root.pem key-ec-no-public.key", "leaf.key - -"},
-    {"no curve: before", "leaf.pem key-ec-unknown.key root.pem", "leaf.key -"},
-    {"no curve: behind", "rsa-leaf.pem key-ec-unknown.key leaf.pem", "- leaf.key"},
-    {"no curve: not further away", "leaf.pem rsa-leaf.pem key-ec-unknown.key", "- -"},
-    {"no curve: public keys first", "renewed-a.pem key-ec-unknown.key renewed.key", "renewed.key"},
-    {"no curve: unreadable between", "leaf.pem root.pem:broken key-ec-unknown.key", "-",
-     "PEM block 2, CERTIFICATE: not base64."},
-    {"no curve: a cut block between", "leaf.pem root.pem:endless key-ec-unknown.key", "-",
-     "PEM before block 2, CERTIFICATE: its end is missing."},
-    {"a key that has its certificate", "leaf.pem root.pem:hybrid leaf.key", "leaf.key -"},
-    {"wrong password", "leaf.pem key-ec-encrypted.key key-rsa-encrypted.key leaf.key", "leaf.key",
-     "PEM block 2, ENCRYPTED PRIVATE KEY: decryption failed.|"
-     "PEM block 3, ENCRYPTED PRIVATE KEY: decryption failed.",
-     "Password"},
-    {"broken base64", "leaf.key:broken leaf.pem", "-", "PEM block 1, PRIVATE KEY: not base64."},
-    {"cut DER", "key-ec-encrypted.key:cut key-ec-traditional.key:cut", "",
-     "PEM block 1, ENCRYPTED PRIVATE KEY: malformed.|PEM block 2, EC PRIVATE KEY: malformed."},
-    {"encrypted by headers", "rsa-leaf.pem key-rsa-traditional-encrypted.key", "-",
-     "PEM block 2, RSA PRIVATE KEY: "
-     "traditional encryption (Proc-Type: 4,ENCRYPTED) is not supported."},
-    {"no curve", "key-ec-no-curve.key", "", "PEM block 1, EC PRIVATE KEY: the curve is not given."},
-    {"lost ends", "leaf.key:endless leaf.pem root.pem:endless", "-",
-     "PEM before block 1, PRIVATE KEY: its end is missing.|"
-     "PEM before block 2, CERTIFICATE: its end is missing."},
-    {"nothing to add", "README.md", "", "PEM: neither a certificate nor a private key."},
-};
-
-std::string pemOf(const char* words) {
+std::string pemOf(const std::string& words) {
     std::istringstream in(words);
     std::string text;
     for (std::string word; in >> word;)
@@ -114,7 +70,7 @@ std::string secretOf(const std::string& name) {
     return key.size() < 200 ? key.substr(36, 32) : key.substr(26);
 }
 
-// Whose private key each certificate has, as in PemCase.
+// Whose private key each certificate has: the name of its file, or "-".
 std::string keysIn(const CertMgr& vault) {
     LogText log;
     std::string keys;
@@ -131,15 +87,17 @@ std::string keysIn(const CertMgr& vault) {
     return keys;
 }
 
+// Words in one text: files in "text", edited by a suffix; in "keys", for each certificate the file
+// of its key or "-". Errors have "|" between them, and no parser's positions.
 TEST(CertMgr, ReadsPemTexts) {
-    for (const PemCase& c : kCases) {
-        SCOPED_TRACE(c.sentence);
+    forEachCase("pem-texts.tsv", [](const Row& row) {
         CertMgr vault;
         LogText log;
-        EXPECT_EQ(vault.addPem(pemOf(c.pem), c.password, log), *c.errors == 0);
-        EXPECT_EQ(errorsIn(log), c.errors);
-        EXPECT_EQ(keysIn(vault), c.keys);
-    }
+        EXPECT_EQ(vault.addPem(pemOf(row.at("text")), row.at("password").c_str(), log),
+                  row.at("errors").empty());
+        EXPECT_EQ(errorsIn(log), row.at("errors"));
+        EXPECT_EQ(keysIn(vault), row.at("keys"));
+    });
 }
 
 TEST(CertMgr, BoundsWhatAPemTextCosts) {

@@ -9,56 +9,35 @@
 #include "support/x509/DistinguishedName.h"
 #include "support/x509/NameAttributes.h"
 #include "support/x509/NameText.h"
-#include "tests/common/TestFiles.h"
+#include "tests/support/Cases.h"
 
 namespace {
 
 using testfiles::certOf;
 
-// In the order of names.pem: what the name is about, the subject without tags, its CN.
-const std::tuple<const char*, const char*, const char*> kNames[] = {
-    {"blank in front", "CN=\\ leading, C=XX", " leading"},
-    {"blank behind", "CN=trailing\\ , C=XX", "trailing "},
-    {"number sign in front", "CN=\\#hash, C=XX", "#hash"},
-    {"comma", "CN=comma\\, inside, O=Example\\, Inc., C=XX", "comma, inside"},
-    {"plus", "CN=one\\+two, C=XX", "one+two"},
-    {"quotation marks", "CN=the \\\"quoted\\\" name, C=XX", "the \"quoted\" name"},
-    {"backslash", "CN=back\\\\slash, C=XX", "back\\slash"},
-    {"semicolon", "CN=semi\\;colon, C=XX", "semi;colon"},
-    {"angle brackets", "CN=\\<angle\\>, C=XX", "<angle>"},
-    {"a value that looks like attributes", "CN=x\\, O=Other, C=XX", "x, O=Other"},
-    {"slash", "CN=a/CN=b, C=XX", "a/CN=b"},
-    {"control characters", "CN=tab\\09here\\0Aline, C=XX", "tab\there\nline"},
-    {"NUL inside", "CN=www.example.org\\00.example.net, C=XX", "www.example.org\\00.example.net"},
-    {"only a blank", "CN=\\ , C=XX", " "},
-    {"empty", "CN=, C=XX", ""},
-    {"two attributes in one RDN", "CN=Multi+SERIALNUMBER=42, C=XX", "Multi"},
-    {"of several the last encoded", "CN=Third, CN=Second, CN=First, C=XX", "Third"},
-    {"domain components", "CN=Directory, DC=example, DC=org", "Directory"},
-    {"an attribute without a name", "1.2.3.4.5=what?, CN=Unknown, C=XX", "Unknown"},
-    {"beyond ASCII", "CN=Zo\xc3\xab, O=\xe6\x97\xa5\xe6\x9c\xac, C=XX", "Zo\xc3\xab"},
-    {"beyond 16 bits", "CN=\xf0\x9f\x94\x91 key, C=XX", "\xf0\x9f\x94\x91 key"},
-};
-
+// In the order of names.pem: the subject without tags, and its CN.
 TEST(Names, AreEscapedExactly) {
     const auto certs = testfiles::loadCerts("names.pem");
-    ASSERT_EQ(certs.size(), std::size(kNames));
+    auto next = certs.begin();
     LogNull log;
-    for (std::size_t i = 0; i < certs.size(); ++i) {
-        const auto& [sentence, name, expectedCN] = kNames[i];
+    forEachCase("names.tsv", [&](const Row& row) {
+        ASSERT_NE(next, certs.end());
+        const X509Certificate& cert = certOf(*next++);
+        const std::string& name = row.at("text");
         XString subject, issuer, cn;
-        EXPECT_TRUE(certOf(certs[i]).getSubjectDN_noTags(subject, log));
-        EXPECT_TRUE(certOf(certs[i]).getIssuerDN_noTags(issuer, log));
-        EXPECT_TRUE(certOf(certs[i]).getSubjectPart("cn", cn, log));
-        EXPECT_STREQ(subject.getUtf8(), name) << sentence;
-        EXPECT_STREQ(issuer.getUtf8(), name) << sentence;
-        EXPECT_STREQ(cn.getUtf8(), expectedCN) << sentence;
-        EXPECT_TRUE(certOf(certs[i]).isIssuerSelf(log));
+        EXPECT_TRUE(cert.getSubjectDN_noTags(subject, log));
+        EXPECT_TRUE(cert.getIssuerDN_noTags(issuer, log));
+        EXPECT_TRUE(cert.getSubjectPart("cn", cn, log));
+        EXPECT_EQ(subject.getUtf8(), name);
+        EXPECT_EQ(issuer.getUtf8(), name);
+        EXPECT_EQ(cn.getUtf8(), testfiles::textCell(row.at("CN")));
+        EXPECT_TRUE(cert.isIssuerSelf(log));
         // What we write, we read: the CN comes back from the text.
         StringBuffer typed;
         EXPECT_TRUE(DistinguishedName::getDnPart(subject.getUtf8(), "CN", typed, log));
-        EXPECT_STREQ(typed.getString(), expectedCN) << sentence;
-    }
+        EXPECT_STREQ(typed.getString(), cn.getUtf8());
+    });
+    EXPECT_EQ(next, certs.end());
 }
 
 TEST(Names, AreOneTextInEveryStringTypeAndToldApartWithTags) {
@@ -110,44 +89,16 @@ TEST(Names, HoldAnyNumberOfAttributes) {
 }
 
 TEST(DistinguishedName, ReadsWhatPeopleType) {
-    // The last is null where there is no value.
-    const std::tuple<const char*, const char*, const char*, const char*> kCases[] = {
-        {"as certificates write it", "CN=Example CA, O=Example", "CN", "Example CA"},
-        {"blanks around the signs", "O = Example ,  CN = Example CA  ", "CN", "Example CA"},
-        {"names in any case", "cn=Example CA", "CN", "Example CA"},
-        {"dotted OID in the text", "2.5.4.3=Example CA", "CN", "Example CA"},
-        {"with its old prefix", "oid.2.5.4.3=Example CA", "cn", "Example CA"},
-        {"dotted OID in the question", "CN=Example CA", "2.5.4.3", "Example CA"},
-        {"an attribute of no name", "1.2.3.4=x, CN=y", "1.2.3.4", "x"},
-        {"synonyms", "emailAddress=a@example.org", "E", "a@example.org"},
-        {"semicolons", "O=Example;CN=Example CA", "CN", "Example CA"},
-        {"plus", "SERIALNUMBER=1+CN=Example CA, O=x", "CN", "Example CA"},
-        {"escaped comma", "CN=Example\\, Inc., O=x", "CN", "Example, Inc."},
-        {"quoted comma", "CN=\"Example, Inc.\", O=x", "CN", "Example, Inc."},
-        {"quote within quotes", "CN=\"a\\\"b\" , O=x", "CN", "a\"b"},
-        {"escaped blanks at the ends", "CN=\\ a\\ , O=x", "CN", " a "},
-        {"a blank inside", "CN=a  b ,O=x", "CN", "a  b"},
-        {"escaped bytes", "CN=Zo\\C3\\ABx", "CN", "Zo\xc3\xabx"},
-        {"a byte that is no text", "CN=\\FF", "CN", "\\FF"},
-        {"NUL", "CN=a\\00b", "CN", "a\\00b"},
-        {"DER in hexadecimal", "CN=#0C024869, O=x", "CN", "Hi"},
-        {"broken hexadecimal stays as typed", "CN=#0C0248, O=x", "CN", "#0C0248"},
-        {"of several the first in the text", "CN=one, CN=two", "CN", "one"},
-        {"an attribute within a value is none", "O=\"CN=x\"", "CN", nullptr},
-        {"nor behind an escaped comma", "O=a\\, CN=x", "CN", nullptr},
-        {"empty value", "CN=, O=x", "CN", ""},
-        {"no attribute at all", "Example CA", "CN", nullptr},
-        {"quote never closed", "O=x, CN=\"open, O=y", "CN", "open, O=y"},
-        {"escape at the end", "CN=a\\", "CN", "a\\"},
-        {"null", nullptr, "CN", nullptr},
-    };
     LogNull log;
-    for (const auto& [sentence, dn, part, expected] : kCases) {
+    forEachCase("typed-names.tsv", [&](const Row& row) {
+        const std::string name = testfiles::textCell(row.at("text")), &expected = row.at("value");
         StringBuffer value;
-        EXPECT_EQ(DistinguishedName::getDnPart(dn, part, value, log), expected != nullptr)
-            << sentence;
-        EXPECT_STREQ(value.getString(), expected ? expected : "") << sentence;
-    }
+        EXPECT_EQ(DistinguishedName::getDnPart(name.c_str(), row.at("part").c_str(), value, log),
+                  expected != "(none)");
+        EXPECT_EQ(value.view(), expected == "(none)" ? "" : testfiles::textCell(expected));
+    });
+    StringBuffer value;
+    EXPECT_FALSE(DistinguishedName::getDnPart(nullptr, "CN", value, log));
 }
 
 }  // namespace

@@ -8,7 +8,7 @@
 #include "support/log/LogNull.h"
 #include "support/log/LogText.h"
 #include "support/x509/SignatureAlgorithms.h"
-#include "tests/common/TestFiles.h"
+#include "tests/support/Cases.h"
 
 namespace {
 
@@ -16,35 +16,12 @@ using testfiles::certOf;
 using testfiles::loadCert;
 
 TEST(Signatures, VerifyOrSayWhyNot) {
-    const char* kNoMatch = "ERROR: The signature does not match.\n";
-    // No error: it verifies.
-    const std::tuple<const char*, const char*, const char*, const char*> kCases[] = {
-        {"RSA SHA-224", "rsa-leaf-sha224.pem", "rsa-root.pem", ""},
-        {"RSA SHA-384", "rsa-leaf-sha384.pem", "rsa-root.pem", ""},
-        {"RSA SHA-512", "rsa-leaf-sha512.pem", "rsa-root.pem", ""},
-        {"ECDSA P-384, SHA-1", "p384-leaf-sha1.pem", "p384-root.pem", ""},
-        {"ECDSA P-384, SHA-224", "p384-leaf-sha224.pem", "p384-root.pem", ""},
-        {"ECDSA P-384, SHA-512", "p384-leaf-sha512.pem", "p384-root.pem", ""},
-        {"the key of another curve", "p384-leaf-sha256.pem", "root.pem",
-         "ERROR: The ECDSA signature is out of range.\n"},
-        {"a signed byte changed", "tampered.pem", "root.pem", kNoMatch},
-        {"signed by another key", "self-issued-bad-sig.pem", "self-issued-bad-sig.pem", kNoMatch},
-        {"RSA signature, EC key", "ec-below-rsa.pem", "root.pem",
-         "ERROR: The signature algorithm is sha256WithRSAEncryption, which the issuer's key does "
-         "not fit: EC P-256.\n"},
-        {"ECDSA signature, RSA key", "rsa-below-ec.pem", "rsa-root.pem",
-         "ERROR: The signature algorithm is ecdsa-with-SHA256, which the issuer's key does not "
-         "fit: RSA 2048.\n"},
-        {"two algorithms", "sigalg-mismatch.pem", "root.pem",
-         "ERROR: The certificate names two different signature algorithms.\n"},
-        {"RSASSA-PSS, defaults", "pss-defaults.pem", "pss-defaults.pem", ""},
-    };
-    for (const auto& [sentence, certFile, issuerFile, error] : kCases) {
-        const auto cert = loadCert(certFile), issuer = loadCert(issuerFile);
+    forEachCase("signatures.tsv", [](const Row& row) {
+        const auto cert = loadCert(row.at("cert")), issuer = loadCert(row.at("issuer"));
         LogText log;
-        EXPECT_EQ(certOf(cert).verifyCertSignature(&certOf(issuer), log), *error == '\0');
-        EXPECT_EQ(log.getText(), error) << sentence;
-    }
+        EXPECT_EQ(certOf(cert).verifyCertSignature(&certOf(issuer), log), row.at("errors").empty());
+        EXPECT_EQ(testfiles::errorsIn(log.getText()), row.at("errors"));
+    });
 }
 
 TEST(SignatureMemory, HoldsTheWholeOfOneKey) {
@@ -106,33 +83,6 @@ TEST(Signatures, OfEveryAlgorithmVerify) {
             ++count;
         }
     EXPECT_EQ(count, 25u + 3u + 8u);
-}
-
-TEST(Signatures, OfSlhDsaHaveTheirSizesAndNoParameters) {
-    using certstore::ByteView, certstore::bytesOf;
-    const std::string zeros(8000, '\0');
-    const ByteView all = bytesOf(zeros), null = all.first(2), none;
-    const std::string parameters = "The SLH-DSA signature or its key has parameters.",
-                      kKey = "The issuer's SLH-DSA key is malformed.",
-                      kSignature = "The SLH-DSA signature is malformed.";
-    const std::tuple<const char*, ByteView, ByteView, std::size_t, std::size_t, std::string>
-        kCases[] = {
-            {"parameters", null, none, 32, 7856, parameters},
-            {"parameters of the key", none, null, 32, 7856, parameters},
-            {"a short key", none, none, 31, 7856, kKey},
-            {"a long key", none, none, 33, 7856, kKey},
-            {"a short signature", none, none, 32, 7855, kSignature},
-            {"zeros", none, none, 32, 7856, certstore::kSignatureDoesNotMatch},
-        };
-    for (const auto& [what, ofSignature, ofKey, key, size, reason] : kCases)
-        EXPECT_EQ(certstore::kSlhDsa<0>.verify(
-                      {{},
-                       ofSignature,
-                       none,
-                       all.first(size),
-                       {certstore::kSlhDsaKeys[0].view(), ofKey, all.first(key)}}),
-                  reason)
-            << what;
 }
 
 // Signatures that the tables have no verdict on: all that sign themselves are
