@@ -2,10 +2,10 @@
 // write. tests/data/README.md explains how to read it.
 
 #include <iomanip>
-#include <regex>
 
 #include "certstore/SystemCerts.h"
 #include "support/encoding/Base64.h"
+#include "support/roots/ClsTrustedRoots.h"
 #include "support/vault/CertMgr.h"
 #include "tests/certstore/CertTools.h"
 
@@ -50,14 +50,17 @@ public:
 
 private:
     // With the values that certificates have in the place of ski(NAME), serial(NAME), dn(NAME).
-    std::string resolved(const std::string& word) {
-        static const std::regex kValue(R"((ski|serial|dn)\(([^)]+)\))");
-        std::smatch match;
-        if (!std::regex_search(word, match, kValue))
-            return word;
-        X509Certificate& cert = *named(match[2]);
-        const auto valueOf = match[1] == "ski" ? keyIdOf : match[1] == "dn" ? dnOf : serialOf;
-        return std::string(match.prefix()) + valueOf(cert) + std::string(match.suffix());
+    std::string resolved(std::string word) {
+        using ValueOf = std::string (*)(X509Certificate&);
+        static const std::map<std::string, ValueOf> kValues = {
+            {"ski(", keyIdOf}, {"serial(", serialOf}, {"dn(", dnOf}};
+        for (const auto& [front, valueOf] : kValues) {
+            const std::size_t at = word.find(front), begin = at + front.size();
+            const std::size_t end = word.find(')', at);
+            if (at != std::string::npos)
+                word.replace(at, end + 1 - at, valueOf(*named(word.substr(begin, end - begin))));
+        }
+        return word;
     }
 
     // A word of the command; null for "-" and what is not given.
@@ -124,8 +127,9 @@ private:
             m_keyFiles.emplace_back(text(1));
         else if (verb == "hide")
             cert(1)->m_certKey.setNotExportable();
-        else if (verb == "trust")
-            trust({cert(1)});
+        else if (verb == "trust")  // CERT...
+            for (std::size_t i = 1; i < m_words.size(); ++i)
+                trust({cert(i)});
         else if (verb == "key-of")
             return "key " + yes(cert(1)->m_certKey.isPrivateKey()) + ", exportable "
                 + yes(cert(1)->m_certKey.isExportable());
@@ -203,6 +207,15 @@ private:
             return yes(store().addFromTrustedRootsBySubjectDN_noTags(text(1), text(2), log));
         if (verb == "root-by-ski")
             return yes(store().addFromTrustedRootsBySki(text(1), log));
+        if (verb == "trust-bundle") {  // FILE
+            ClsTrustedRoots* const roots = ClsTrustedRoots::createNewCls();
+            const std::string path = testfiles::data(text(1));
+            unused.appendUtf8(path.c_str());
+            const bool good =
+                roots->loadCaCertsPem(unused, nullptr, log) && roots->sysActivate(log);
+            roots->deleteSelf();
+            return yes(good);
+        }
         return verb == "chain" ? buildChain(log) : "";
     }
 
