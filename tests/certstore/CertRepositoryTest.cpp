@@ -36,7 +36,9 @@ TEST_F(CertRepositoryTest, AnswersAlsoWhatTheStoreDoesNotAsk) {
     EXPECT_EQ(repository.getNthRepositoryCert(1, g_quiet), &leaf);
     EXPECT_EQ(repository.getNthRepositoryCert(3, g_quiet), nullptr);
     EXPECT_EQ(repository.getNthRepositoryCert(0x80000000U, g_quiet), nullptr);
-    EXPECT_EQ(repository.crpFindIssuer0(root, g_quiet), nullptr) << "self-issued";
+    LogText log;
+    EXPECT_EQ(repository.crpFindIssuer0(root, log), nullptr) << "self-issued";
+    EXPECT_EQ(log.getText(), "certReposFindIssuer:\n");
     XString subject, key, email;
     EXPECT_FALSE(repository.constructSerialIssuerHashKey(nullptr, subject, key, g_quiet));
     email.appendUtf8("Alice.EXAMPLE@Example.ORG");

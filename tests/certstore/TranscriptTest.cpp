@@ -23,7 +23,7 @@ bool isCommand(const std::string& line) {
     return line.starts_with("> ") || line.starts_with("- ");
 }
 
-// What the commands of one section work on. Each answers with a line, or with nothing.
+// What the commands of one section work on. Their functions answer a command that they know.
 class World : public StoreTest {
 public:
     std::string run(const std::string& line, LogBase& log) {
@@ -121,8 +121,8 @@ private:
         else if (verb == "attach")  // CERT FILE
             attachKey(*cert(1), m_keyFiles.emplace_back(text(2)));
         else if (verb == "know")  // CERT...
-            std::ranges::for_each(m_words.begin() + 1, m_words.end(),
-                                  [this](const std::string& name) { named(name); });
+            for (std::size_t i = 1; i < m_words.size(); ++i)
+                cert(i);
         else if (verb == "know-key")
             m_keyFiles.emplace_back(text(1));
         else if (verb == "hide")
@@ -146,20 +146,27 @@ private:
             return yes(good);
         }
         if (verb == "add-all") {  // FILE
-            const std::size_t count = testfiles::loadCerts(text(1) + std::string(".pem")).size();
-            for (std::size_t i = 0; i < count; ++i)
-                good =
-                    store().addCertificate(named(text(1) + ("#" + std::to_string(i))), log) && good;
+            const std::string file = text(1);
+            for (std::size_t i = 0, count = certs(file + ".pem").size(); i < count; ++i)
+                good = store().addCertificate(named(file + "#" + std::to_string(i)), log) && good;
             return yes(good);
         }
         if (verb == "add-der" || verb == "add-cut-der") {
+            const certstore::ByteView whole = cert(1)->getX509Ptr()->der();
             DataBuffer der;
-            der.append(cert(1)->getX509Ptr()->der().first(cert(1)->getX509Ptr()->der().size()
-                                                          - (verb == "add-cut-der")));
+            der.append(whole.first(whole.size() - (verb == "add-cut-der")));
             return yes(store().addCertDer(der, log));
         }
         if (verb == "merge")
             return yes(store().mergeSysCerts(m_stores[text(1)], log));
+        if (verb == "trust-bundle") {  // FILE
+            ClsTrustedRoots* const roots = ClsTrustedRoots::createNewCls();
+            XString path;
+            path.appendUtf8(testfiles::data(text(1)).c_str());
+            good = roots->loadCaCertsPem(path, nullptr, log) && roots->sysActivate(log);
+            roots->deleteSelf();
+            return yes(good);
+        }
         DataBuffer pfx;
         if (verb == "add-pfx" || verb == "add-vault")  // FILE PASSWORD
             testfiles::loadFile(text(1), pfx);
@@ -207,15 +214,6 @@ private:
             return yes(store().addFromTrustedRootsBySubjectDN_noTags(text(1), text(2), log));
         if (verb == "root-by-ski")
             return yes(store().addFromTrustedRootsBySki(text(1), log));
-        if (verb == "trust-bundle") {  // FILE
-            ClsTrustedRoots* const roots = ClsTrustedRoots::createNewCls();
-            const std::string path = testfiles::data(text(1));
-            unused.appendUtf8(path.c_str());
-            const bool good =
-                roots->loadCaCertsPem(unused, nullptr, log) && roots->sysActivate(log);
-            roots->deleteSelf();
-            return yes(good);
-        }
         return verb == "chain" ? buildChain(log) : "";
     }
 
@@ -278,9 +276,9 @@ private:
 };
 
 // Runs a section. Commands after ">" show what they write, those after "-" the errors in it.
-std::vector<std::string> answersTo(const Strings& section, bool verbose) {
+Strings answersTo(const Strings& section, bool verbose) {
     World world;
-    std::vector<std::string> answers;
+    Strings answers;
     for (const std::string& line : section) {
         if (!isCommand(line))
             continue;
@@ -313,7 +311,6 @@ std::string merged(const std::string& verbose, const std::string& brief) {
 }
 
 void expectSection(const Strings& section) {
-    SCOPED_TRACE(section.front());
     const Strings verbose = answersTo(section, true), brief = answersTo(section, false);
     std::string expected, actual;
     std::size_t at = 0;
