@@ -21,7 +21,7 @@ inline void require(bool holds, const char* promise) {
 }
 
 // Small, so that the fuzzer is fast: what needs more must be refused before work begins.
-inline constexpr certstore::Pkcs12Limits kLimits{1 << 16, 16, 512, 1 << 16, 16, 64, 16};
+inline certstore::Pkcs12Limits g_limits{1 << 16, 16, 512, 1 << 16, 16, 64, 16};
 inline constexpr const char* kPassword = "password";
 
 // Asks for all entries, reads their texts to the end and counts the errors.

@@ -83,9 +83,7 @@ for i in "${!labels[@]}"; do
 done
 { printf '\4' && sed '/^-----/d' key-rsa-traditional-encrypted.key; } >"$out/private_key/headers"
 
-for file in *.p12; do
-    { printf '\0' && cat "$file"; } >"$out/pkcs12/$file"
-done
+cp ./*.p12 "$out/pkcs12/"
 safes=$(offsets pfx-plain.p12 'OCTET STRING' | head -1)
 value pfx-plain.p12 "$safes" >"$out/tmp/safes"
 { printf '\1' && cat "$out/tmp/safes"; } >"$out/pkcs12/safes"

@@ -12,7 +12,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::string_view text = fuzz::textOf({data, size});
     fuzz::Log log, unread;
     std::multiset<std::string> inVault, inBundle;
-    CertMgr vault(fuzz::kLimits);
+    CertMgr vault(fuzz::g_limits);
     const bool good = vault.addPem(text, fuzz::kPassword, log);
     require(good == (log.errors == 0), "an error says why a block is not read");
     for (int i = 0; i < vault.getNumCerts(); ++i) {

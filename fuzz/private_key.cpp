@@ -19,7 +19,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         body.append(fuzz::textOf(rest));
     else
         certstore::appendBase64(body, rest);
-    certstore::PemKeys keys(fuzz::kPassword, fuzz::kLimits);
+    certstore::PemKeys keys(fuzz::kPassword, fuzz::g_limits);
     DataBuffer pkcs8, copy;
     const bool read = keys.read({kLabels[data[0] % 5 % 4], body.view(), 0}, pkcs8);
     require(read == keys.problem().empty(), "there is a reason why a key is not read");

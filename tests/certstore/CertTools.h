@@ -2,9 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include <sstream>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "support/encoding/Hex.h"
@@ -30,28 +28,6 @@ template <typename Store>
 void add(Store& store, const Certs& certs) {
     for (X509Certificate* cert : certs)
         ASSERT_TRUE(store.addCertificate(cert, g_quiet));
-}
-
-// Compares all that an operation writes, verbose and not. Lines of `expected` that begin with "+"
-// are for a verbose log only; each name is replaced by its value. The operation runs twice, so one
-// that changes something makes what it works on.
-template <typename Operation>
-void expectLog(std::string expected, const std::vector<std::pair<std::string, std::string>>& values,
-               Operation operation) {
-    for (const auto& [name, value] : values)
-        for (std::size_t at; (at = expected.find(name)) != std::string::npos;)
-            expected.replace(at, name.size(), value);
-    for (const bool verbose : {true, false}) {
-        std::istringstream lines(expected);
-        std::string wanted;
-        for (std::string line; std::getline(lines, line);)
-            if (verbose || !line.starts_with('+'))
-                wanted += (line.starts_with('+') ? " " + line.substr(1) : line) + '\n';
-        LogText log;
-        log.m_verboseLogging = verbose;
-        operation(log);
-        EXPECT_EQ(log.getText(), wanted) << (verbose ? "verbose" : "not verbose");
-    }
 }
 
 // Makes certificates roots that the application trusts.

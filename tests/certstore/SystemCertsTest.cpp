@@ -1,5 +1,7 @@
 #include "certstore/SystemCerts.h"
 
+#include "support/pkcs12/Pkcs12.h"
+#include "support/vault/CertMgr.h"
 #include "tests/certstore/CertTools.h"
 
 using namespace certtools;
@@ -8,11 +10,9 @@ namespace {
 
 using SystemCertsTest = StoreTest;
 
-TEST_F(SystemCertsTest, HoldersShareLeaveAndMergeStores) {
-    X509Certificate &plain = cert("serial-plain.pem"), &other = cert("same-serial-b.pem");
-    SystemCertsHolder keeper, holder;
+TEST_F(SystemCertsTest, HoldersShareAndLeaveStores) {
+    SystemCertsHolder keeper;
     SystemCerts* shared = keeper.getSystemCertsPtr();
-    add(*shared, {&other, &cert("serial-00.pem"), &plain, &plain});
     keeper.setSystemCerts(shared);
     {
         SystemCertsHolder guest;
@@ -30,24 +30,12 @@ TEST_F(SystemCertsTest, HoldersShareLeaveAndMergeStores) {
         EXPECT_EQ(guest.getSystemCertsPtr()->getRefCount(), 1);
         EXPECT_EQ(shared->getRefCount(), 1);
         guest.setSystemCerts(shared);
-        expectLog("", {}, [&](LogBase& log) {
-            EXPECT_TRUE(guest.mergeSysCerts(keeper, log)) << "one store, nothing to do";
-            EXPECT_TRUE(guest.mergeSysCerts(guest, log));
-        });
+        LogText log;
+        EXPECT_TRUE(guest.mergeSysCerts(keeper, log)) << "one store, nothing to do";
+        EXPECT_TRUE(guest.mergeSysCerts(guest, log));
+        EXPECT_EQ(log.getText(), "");
     }
     EXPECT_EQ(shared->getRefCount(), 1) << "a holder takes its reference along";
-    add(*holder.getSystemCertsPtr(), {&cert("same-serial-a.pem")});
-    EXPECT_TRUE(holder.mergeSysCerts(keeper, g_quiet));
-    EXPECT_TRUE(holder.mergeSysCerts(*std::make_unique<SystemCertsHolder>(), g_quiet));
-    LogText log;
-    holder.getSystemCertsPtr()->logInMemoryRepository(log);
-    EXPECT_EQ(log.getText(),
-              "certRepository:\n    cert: 5A17:Example Root\n    cert: 00A1B2C3:Example CA\n"
-              "    cert: 0A1B:Example CA\n    cert: 0A1B:Example CA\n");
-    SystemCerts& merged = *holder.getSystemCertsPtr();
-    EXPECT_EQ(merged.findCertificate("0A1B", "Example CA", nullptr, g_quiet), &plain) << "shared";
-    EXPECT_EQ(merged.findCertificate("5A17", "Example Root", nullptr, g_quiet), &other)
-        << "another public key takes the place";
 }
 
 // The address sanitizer sees what goes wrong here.
@@ -62,61 +50,19 @@ TEST_F(SystemCertsTest, AnAdditionMayLetGoTheLastOtherHolderOfItsCertificate) {
     EXPECT_EQ(serialOf(*store.findBySubjectKeyId(keyId.c_str(), g_quiet)), "2EE3");
 }
 
-TEST_F(SystemCertsTest, OperationsNestTheirContexts) {
-    X509Certificate& leaf = cert("leaf.pem");
-    DataBuffer der;
-    leaf.getDEREncodedCert(der);
-    DataBuffer cut;
-    cut.append(der.getData2(), der.getSize() - 1);
-    XString dn, nobody, empty;
-    dn.appendUtf8(dnOf(leaf).c_str());
-    nobody.appendUtf8("CN=Nobody");
-    const std::string serial = serialOf(leaf);
-    expectLog(
-        "addCertDer:\n    addCertificate_3:\n        constructSerialIssuerHashKey:\n"
-        "+       certHashEntryB: $serial:Example Intermediate\n"
-        "+       skiHashKey: SubjectKeyId:$ski\n"
-        "addCertDer:\n    ERROR: Not a certificate: cannot read certificate at byte 0.\n"
-        "addCertificate_2:\n    addCertificate_3:\n        constructSerialIssuerHashKey:\n"
-        "+       skiHashKey: SubjectKeyId:$ski\n"
-        "+       The cert hash map already contains this skiHashKey...\n"
-        "addCertificate_2:\n    addCertificate_3:\n        ERROR: no pcert!\n"
-        "mergeSysCerts:\n    addCertificate_3:\n        constructSerialIssuerHashKey:\n"
-        "+       certHashEntryB: $serial:Example Intermediate\n"
-        "+       skiHashKey: SubjectKeyId:$ski\n"
-        "    addCertificate_3:\n        constructSerialIssuerHashKey:\n"
-        "+       skiHashKey: SubjectKeyId:$ski\n"
-        "+       The cert hash map already contains this skiHashKey...\n"
-        "findBySubjectDN:\n"
-        "findBySubjectDN_x509:\n    findBySubjectDN:\n"
-        "findBySubjectDN_x509:\n    findBySubjectDN:\n        addFromTrustedRootsBySubjectDN:\n"
-        "+           keyType: (null)\n+           subjectDN: CN=Nobody\n"
-        "findBySubjectOid:\n"
-        "findBySubjectPart:\n"
-        "findByEmailAddr:\n    crpFindByEmailAddr:\n"
-        "findBySubjectKeyId:\n    crpFindBySubjectKeyId:\n+       keyId: SubjectKeyId:AB \n"
-        "findX509:\n    findCertificate:\n        serialNum: [$serial]\n"
-        "        issuerCN: (null)\n        findCertB:\n            sbCN: Example Intermediate\n"
-        "findX509:\n    findCertificate:\n        serialNum: [$serial]\n"
-        "        issuerCN: [Wrong]\n        findCertB:\n",
-        {{"$serial", serial}, {"$ski", keyIdOf(leaf)}}, [&](LogBase& log) {
-            SystemCerts source, store;
-            EXPECT_TRUE(source.addCertDer(der, log));
-            EXPECT_FALSE(source.addCertDer(cut, log));
-            EXPECT_TRUE(source.addCertificate(&leaf, log));
-            EXPECT_FALSE(source.addCertificate(nullptr, log));
-            EXPECT_TRUE(store.mergeSysCerts(source, log));
-            EXPECT_EQ(store.findBySubjectDN2(empty, empty, true, log), nullptr);
-            EXPECT_NE(store.findBySubjectDN_x509(dn, empty, true, log), nullptr);
-            EXPECT_EQ(store.findBySubjectDN_x509(nobody, empty, false, log), nullptr);
-            EXPECT_EQ(store.findBySubjectOid(dn, dn, false, log), nullptr);
-            EXPECT_EQ(store.findBySubjectPart("CN", dn, false, log), nullptr);
-            EXPECT_NE(store.findByEmailAddr("ALICE.example@example.org", false, log), nullptr);
-            EXPECT_EQ(store.findBySubjectKeyId("AB ", log), nullptr);
-            EXPECT_NE(store.findX509(serial.c_str(), nullptr, "CN=Example Intermediate", log),
-                      nullptr);
-            EXPECT_EQ(store.findX509(serial.c_str(), "Wrong", nullptr, log), nullptr);
-        });
+TEST_F(SystemCertsTest, EmptySourcesAddNothing) {
+    const ZorvenOwner<CertificateHolder> preset = testfiles::loadCert("root.pem");
+    CertificateHolder* out = preset.get();
+    SystemCerts store;
+    DataBuffer empty;
+    int keys = 7;
+    LogText log;
+    EXPECT_FALSE(store.addPfxSource(empty, "password", &out, keys, log));
+    EXPECT_EQ(out, preset.get());
+    EXPECT_EQ(keys, 0);
+    EXPECT_TRUE(store.addCertVault(*std::make_unique<CertMgr>(), g_quiet));
+    EXPECT_TRUE(store.addPkcs12(*std::make_unique<Pkcs12>(), nullptr, g_quiet));
+    EXPECT_EQ(log.getText(), "addPfxSource:\n");
 }
 
 }  // namespace

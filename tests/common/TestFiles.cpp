@@ -1,5 +1,6 @@
 #include "tests/common/TestFiles.h"
 
+#include <algorithm>
 #include <fstream>
 #include <sstream>
 #include <stdexcept>
@@ -20,6 +21,15 @@ std::string readFile(const std::filesystem::path& path) {
     std::ostringstream text;
     text << file.rdbuf();
     return text.str();
+}
+
+std::vector<std::string> readFiles(const std::filesystem::path& folder) {
+    std::vector<std::string> files;
+    for (const auto& entry : std::filesystem::directory_iterator(folder))
+        if (entry.is_regular_file())
+            files.push_back(readFile(entry.path()));
+    std::ranges::sort(files);
+    return files;
 }
 
 std::filesystem::path data(const std::string& name) {

@@ -13,6 +13,9 @@ namespace testfiles {
 
 std::string readFile(const std::filesystem::path& path);
 
+// Those of a folder; in the same order on every machine.
+std::vector<std::string> readFiles(const std::filesystem::path& folder);
+
 // A file of tests/data.
 std::filesystem::path data(const std::string& name);
 

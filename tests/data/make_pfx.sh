@@ -22,6 +22,15 @@ pfx pfx-legacy-2048.p12 -legacy
 pfx pfx-quick.p12 -iter 1
 pfx pfx-nomac.p12 -iter 1 -nomac
 pfx pfx-plain.p12 -nomac -keypbe NONE -certpbe NONE
+# Elsewhere openssl puts the leaf in front.
+python3 - <<'END'
+from pathlib import Path
+pfx = Path("pfx-plain.p12").read_bytes()
+first = pfx.index(bytes.fromhex("060b2a864886f70d010c0a0103")) - 4  # a CertBag
+end = first + int.from_bytes(pfx[first - 2:first], "big")
+second = first + 4 + int.from_bytes(pfx[first + 2:first + 4], "big")
+Path("pfx-leaf-last.p12").write_bytes(pfx[:first] + pfx[second:end] + pfx[first:second] + pfx[end:])
+END
 pfx pfx-empty-password.p12 -legacy -iter 1 -passout pass:
 pfx pfx-unicode-password.p12 -legacy -iter 1 -passout "pass:pässwörd €𝄞"
 pfx pfx-long-password.p12 -iter 1 -nomac -certpbe AES-256-CBC -passout "pass:a password of some length"

@@ -17,8 +17,11 @@ public:
     // Mostly one change, at times three. Half of them, where the bytes are DER, are changes to its
     // values with the lengths around them put right, so that reading goes on and meets them.
     std::string mutate(const std::string& bytes) {
-        Node root;
-        const bool der = below(2) == 0 && split(certstore::bytesOf(bytes), root.children, 0);
+        // A fuzz target may have a choice in front.
+        const std::size_t front = std::min(bytes.find('\x30'), bytes.size());
+        Node root{0, bytes.substr(0, front)};
+        const bool der =
+            below(2) == 0 && split(certstore::bytesOf(bytes).subspan(front), root.children, 0);
         std::string changed = bytes;
         for (std::size_t changes = below(6) == 0 ? 3 : 1; changes > 0; --changes)
             der ? changeValue(root) : changeBytes(changed);
