@@ -72,7 +72,8 @@ public:
         m_address.setType(ForsTree, keyPair);
         for (std::uint32_t i = 0; i < m_set.k; ++i) {
             const auto root = std::span(roots).subspan(i * m_set.n, m_set.n);
-            const auto choice = static_cast<std::uint32_t>(readBits(choices, i * m_set.a, m_set.a));
+            const auto choice =
+                static_cast<std::uint32_t>(readBits(choices, std::size_t{i} * m_set.a, m_set.a));
             // The trees are numbered through as if they stood side by side in one.
             const std::uint32_t leaf = (i << m_set.a) + choice;
             m_address.setPosition(0, leaf);
