@@ -59,6 +59,5 @@ make_chains() {
 }
 
 self_signed ML-DSA-{44,65,87} >ml-dsa.pem
-# The sets of 192 bits compute no other way than those of 256 bits, and their signatures are long.
-self_signed SLH-DSA-{SHA2,SHAKE}-{128,256}{s,f} >slh-dsa.pem
+self_signed SLH-DSA-{SHA2,SHAKE}-{128,192,256}{s,f} >slh-dsa.pem
 make_chains SLH-DSA-SHA2-128s ML-DSA-44 >post-quantum.pem
