@@ -132,11 +132,9 @@ auto EcGroup<Field>::decompress(const Element& x, bool odd) const noexcept
     auto y = m_field.squareRoot(cubicAt(x));
     if (!y)
         return std::nullopt;
+    // No root is zero: that would be a point of order 2, and the orders are odd.
     if ((m_field.decode(*y)[0] % 2 != 0) != odd)
         y = m_field.negate(*y);
-    // Of a root that is zero there is no odd one.
-    if ((m_field.decode(*y)[0] % 2 != 0) != odd)
-        return std::nullopt;
     return AffinePoint{x, *y};
 }
 
