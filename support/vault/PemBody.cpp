@@ -48,15 +48,9 @@ PemBodyResult decodePemBody(std::string_view body, DataBuffer& out) {
 }
 
 const char* problemOf(PemBodyResult result) noexcept {
-    switch (result) {
-        case PemBodyResult::NotBase64:
-            return "not base64";
-        case PemBodyResult::Encrypted:
-            return "traditional encryption (Proc-Type: 4,ENCRYPTED) is not supported";
-        case PemBodyResult::Good:
-            break;
-    }
-    return "";
+    return result == PemBodyResult::Encrypted
+        ? "traditional encryption (Proc-Type: 4,ENCRYPTED) is not supported"
+        : "not base64";
 }
 
 }  // namespace certstore

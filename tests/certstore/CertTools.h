@@ -9,7 +9,7 @@
 #include "support/log/LogNull.h"
 #include "support/log/LogText.h"
 #include "support/roots/CaBundlePath.h"
-#include "support/roots/RootIndex.h"
+#include "support/roots/ClsTrustedRoots.h"
 #include "support/roots/SysTrustedRoots.h"
 #include "support/roots/TrustedRoots.h"
 #include "support/settings/Settings.h"
@@ -32,10 +32,13 @@ void add(Store& store, const Certs& certs) {
 
 // Makes certificates roots that the application trusts.
 inline void trust(const Certs& roots) {
-    certstore::RootIndex index;
-    for (X509Certificate* root : roots)
-        index.add(*root);
-    TrustedRoots::addRoots(index);
+    ClsTrustedRoots* const set = ClsTrustedRoots::createNewCls();
+    for (X509Certificate* root : roots) {
+        DataBuffer der;
+        EXPECT_TRUE(root->getDEREncodedCert(der) && set->addCertDer(der, g_quiet));
+    }
+    EXPECT_TRUE(set->activate(g_quiet));
+    set->deleteSelf();
 }
 
 inline std::string hex(certstore::ByteView bytes) {

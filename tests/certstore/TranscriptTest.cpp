@@ -159,11 +159,13 @@ private:
         }
         if (verb == "merge")
             return yes(store().mergeSysCerts(m_stores[text(1)], log));
-        if (verb == "trust-bundle") {  // FILE
+        if (verb == "trust-bundle") {  // FILE [abort]
             ClsTrustedRoots* const roots = ClsTrustedRoots::createNewCls();
             XString path;
             path.appendUtf8(testfiles::data(text(1)).c_str());
-            good = roots->loadCaCertsPem(path, nullptr, log) && roots->sysActivate(log);
+            ProgressMonitor progress;
+            progress.m_abort = m_words.size() > 2;
+            good = roots->loadCaCertsPem(path, &progress, log) && roots->sysActivate(log);
             roots->deleteSelf();
             return yes(good);
         }

@@ -51,6 +51,17 @@ private:
     int m_queue, m_count = 0;
 };
 
+TEST_F(TrustedRootsTest, AKeyIdentifierThatIsGivenMustFit) {
+    trust({&cert("root.pem")});
+    for (const std::string& keyId : {keyIdOf(cert("root.pem")), std::string("AB")}) {
+        DataBuffer der;
+        bool bySubject = false, byKey = false;
+        TrustedRoots::isTrustedRoot("EC", keyId.c_str(), kRoot, der, bySubject, g_quiet);
+        TrustedRoots::isTrustedRoot_ski(keyId.c_str(), der, byKey, g_quiet);
+        EXPECT_TRUE(bySubject == (keyId != "AB") && byKey == bySubject);
+    }
+}
+
 TEST_F(TrustedRootsTest, TheBundleIsOpenedOnceAndOnlyWhenAllowed) {
     const std::tuple<const char*, bool, bool, bool, int> kRows[] = {
         {"allowed", true, true, false, 1},

@@ -59,5 +59,6 @@ make_chains() {
 }
 
 self_signed ML-DSA-{44,65,87} >ml-dsa.pem
-self_signed SLH-DSA-{SHA2,SHAKE}-{128,192,256}{s,f} >slh-dsa.pem
+self_signed SLH-DSA-{SHA2,SHAKE}-{128,192,256}{s,f} \
+    SLH-DSA-SHAKE-128f-with-SHAKE128 SLH-DSA-SHAKE-192s-with-SHAKE256 >slh-dsa.pem
 make_chains SLH-DSA-SHA2-128s ML-DSA-44 >post-quantum.pem

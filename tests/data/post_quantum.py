@@ -3,7 +3,8 @@
 
 usage: post_quantum.py NAME FILE.pq
 
-NAME is that of a parameter set, "SLH-DSA-SHA2-128s". Writes a new private key to FILE.pq, and on
+NAME is that of a parameter set, "SLH-DSA-SHA2-128s", or of one with the digest that signs in place
+of the message, "SLH-DSA-SHA2-128s-with-SHA256". Writes a new private key to FILE.pq, and on
 standard output, in hexadecimal, the AlgorithmIdentifier and the SubjectPublicKeyInfo. Signatures
 are made by edit_certificate.py.
 """
@@ -14,6 +15,7 @@ import slh_dsa
 
 # 2.16.840.1.101.3.4.3.17 and those that follow, by the last octet (RFC 9881, RFC 9909).
 OIDS = {name: octet for octet, name in enumerate(ml_dsa.NAMES + slh_dsa.NAMES, 17)}
+OIDS |= {name: octet for octet, name in enumerate(slh_dsa.PREHASH_NAMES, 35)}
 
 
 def element(tag, content):

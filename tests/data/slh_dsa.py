@@ -1,4 +1,4 @@
-"""SLH-DSA (FIPS 205): keys and signatures of the pure variant, plain and slow."""
+"""SLH-DSA (FIPS 205): keys and signatures, plain and slow."""
 import hashlib
 import hmac
 import secrets
@@ -9,6 +9,20 @@ SETS = {"128s": (16, 63, 7, 12, 14), "128f": (16, 66, 22, 6, 33),
         "192s": (24, 63, 7, 14, 17), "192f": (24, 66, 22, 8, 33),
         "256s": (32, 64, 8, 14, 22), "256f": (32, 68, 17, 9, 35)}
 NAMES = [f"SLH-DSA-{family}-{size}" for family in ("SHA2", "SHAKE") for size in SETS]
+
+# The pre-hash variants: what hashes the message, and the last octet of its OID.
+PREHASHES = {("SHA2", 16): ("SHA256", 1, lambda message: hashlib.sha256(message).digest()),
+             ("SHA2", 24): ("SHA512", 3, lambda message: hashlib.sha512(message).digest()),
+             ("SHAKE", 16): ("SHAKE128", 11, lambda message: hashlib.shake_128(message).digest(32)),
+             ("SHAKE", 24): ("SHAKE256", 12, lambda message: hashlib.shake_256(message).digest(64))}
+
+
+def prehash(name):
+    _, _, family, size = name.split("-")[:4]
+    return PREHASHES[family, min(SETS[size][0], 24)]
+
+
+PREHASH_NAMES = [f"{name}-with-{prehash(name)[0]}" for name in NAMES]
 
 WOTS_HASH, WOTS_PK, TREE, FORS_TREE, FORS_ROOTS, WOTS_PRF, FORS_PRF = range(7)
 
@@ -22,7 +36,8 @@ class Key:
     """Without `private`, the octets of SK.seed, SK.prf, PK.seed and PK.root, a new one."""
 
     def __init__(self, name, private=None):
-        _, _, family, size = name.split("-")
+        _, _, family, size = name.split("-")[:4]
+        self.prehash = prehash(name) if "-with-" in name else None
         self.n, self.h, self.d, self.a, self.k = n, *_ = SETS[size]
         self.levels = self.h // self.d
         self.is_sha2 = family == "SHA2"
@@ -107,7 +122,12 @@ class Key:
         return self.many((0, tree, FORS_ROOTS, leaf, 0, 0), roots), signature
 
     def sign(self, message):
-        message = b"\0\0" + message  # pure, with the empty context
+        head = b"\0\0"  # pure, with the empty context
+        if self.prehash:
+            _, arc, digest = self.prehash
+            head = b"\1\0" + bytes.fromhex("06096086480165030402") + bytes([arc])
+            message = digest(message)
+        message = head + message
         randomizer = self.hash_randomizer(message)
         sizes = [(bits + 7) // 8 for bits in (self.k * self.a, self.h - self.levels, self.levels)]
         digest = self.hash_message(randomizer, message, sum(sizes))

@@ -28,6 +28,12 @@ TEST(DerReader, RefusesWhatIsNotDer) {
         {"bits", [&](DerReader& r) { return r.readBitString(out, unusedBits); }},
         {"whole bytes", [&](DerReader& r) { return r.readBitString(out); }},
         {"OID", [&](DerReader& r) { return r.readOid(out); }},
+        {"content",
+         [&](DerReader& r) {
+             DerReader copy = r;
+             return copy.readAny(tag, out, out) && certstore::isWellFormedContent(tag, out)
+                 && r.readAny(tag, out, out);
+         }},
         {"NULL", [](DerReader& r) { return r.readNull(); }},
     };
     forEachCase("der.tsv", [&](const Row& row) {

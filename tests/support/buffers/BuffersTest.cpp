@@ -18,6 +18,8 @@ TEST(StringBuffer, EditsInPlace) {
          [](StringBuffer& s) { s.replaceFirstOccurance("AB", "_", false); }, "xAb_"},
         {"told so", "xAbAB", [](StringBuffer& s) { s.replaceFirstOccurance("AB", "_", true); },
          "x_AB"},
+        {"nothing occurs nowhere", "AB",
+         [](StringBuffer& s) { s.replaceFirstOccurance("", "_", false); }, "AB"},
         {"zeros go in front", "AB:CN", [](StringBuffer& s) { s.prepend("00"); }, "00AB:CN"},
         {"blanks go at both ends alone", " \t a b\r\n", [](StringBuffer& s) { s.trim2(); }, "a b"},
         {"only ASCII letters have a case", "a\xc3\xa9z09", [](StringBuffer& s) { s.toUpperCase(); },
@@ -49,6 +51,8 @@ TEST(StringBuffer, GrowsWithItsOwnText) {
         expected = (expected + expected).substr(5) + expected + expected;
         ASSERT_EQ(text.view(), expected);
     }
+    EXPECT_TRUE(text.beginsWith(expected.c_str()));
+    EXPECT_FALSE(text.beginsWith((expected + "x").c_str()));
     EXPECT_THROW(text.append(std::string_view(text.getString(), UINT_MAX)), std::bad_alloc);
     text.clear();
     EXPECT_STREQ(text.getString(), "");

@@ -55,6 +55,11 @@ TEST(Pkcs12, GivesNamesAndKeysAsTheFileHasThem) {
     EXPECT_STREQ(opened.container.getCertFriendlyName(0), "Alice's key");
     EXPECT_STREQ(opened.container.getKeyFriendlyName(0), "Alice's key");
     EXPECT_STREQ(opened.container.getCertFriendlyName(1), "");
+    for (const int none : {-1, 3}) {
+        EXPECT_STREQ(opened.container.getCertFriendlyName(none), "");
+        EXPECT_STREQ(opened.container.getKeyFriendlyName(none), "");
+        EXPECT_EQ(opened.container.getPrivateKey(none), nullptr);
+    }
     X509Certificate& cert = *opened.container.getPkcs12Cert(0, opened.log);
     bool notExportable = false;
     ASSERT_TRUE(cert.getPrivateKeyAsDER(out, notExportable, opened.log));
@@ -77,6 +82,11 @@ TEST(Pkcs12, KeysGoToTheirCertificatesWhateverIdentifiersSay) {
             keys.append(i == 0 ? "" : " ").append(opened.hasKey(i) ? "yes" : "no");
         EXPECT_EQ(keys, row.at("keys"));
     });
+}
+
+TEST(Pkcs12, TakesAPasswordThatIsNoUtf8AsLatin1) {
+    const certstore::PfxPassword latin1("p\xe4"), utf8("p\xc3\xa4");
+    EXPECT_EQ(toBytes(latin1.bmpBytes(0)), toBytes(utf8.bmpBytes(0)));
 }
 
 // The error that reading gives, and the work done by then.

@@ -33,4 +33,13 @@ TEST(ZorvenCritSec, LetsOneThreadInAtATimeAndWakesTheNext) {
     EXPECT_EQ(count, 2 * kThreads * kRounds);
 }
 
+#ifdef CERTSTORE_CHECKED
+TEST(ZorvenCritSecDeathTest, StopsWhoGuardsNothing) {
+    ZorvenCritSec lock;
+    EXPECT_DEATH(lock.assertHeld(), "");
+    CritSecExitor held(lock);
+    lock.assertHeld();
+}
+#endif
+
 }  // namespace

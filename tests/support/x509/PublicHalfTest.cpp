@@ -43,7 +43,9 @@ std::string load(const Bytes& pkcs8, _zvPublicKey& key) {
     EXPECT_EQ(loaded, log.getText().empty());
     EXPECT_EQ(key.getPrivateKeyDer(out, notExportable), loaded);
     EXPECT_EQ(out.equals(der), loaded) << "not handed out as it was loaded";
-    return testfiles::errorsIn(log.getText());
+    const std::string errors = testfiles::errorsIn(log.getText());
+    EXPECT_EQ(_zvPublicKey().takePrivateKeyFrom(key, log), loaded);
+    return errors;
 }
 
 TEST(PublicHalf, OfEveryKindIsComputedAndFitsNoOtherKey) {

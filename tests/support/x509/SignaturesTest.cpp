@@ -47,6 +47,7 @@ TEST(Signatures, AreJudgedForEachKeyAnew) {
     for (const bool again : {false, true}) {
         EXPECT_FALSE(certOf(leaf).verifyCertSignature(&certOf(leaf), log)) << again;
         EXPECT_TRUE(certOf(leaf).verifyCertSignature(&certOf(root), log)) << again;
+        EXPECT_FALSE(certOf(leaf).verifyCertSignature(nullptr, log));
     }
 }
 
@@ -82,7 +83,7 @@ TEST(Signatures, OfEveryAlgorithmVerify) {
             expectOnlyUnchangedVerifies(certOf(holder), text.find(" MD") == text.npos);
             ++count;
         }
-    EXPECT_EQ(count, 25U + 3U + 12U);
+    EXPECT_EQ(count, 25U + 3U + 14U);
 }
 
 // Signatures that the tables have no verdict on: all that sign themselves are
@@ -116,6 +117,10 @@ TEST(Signatures, OfUnknownAlgorithmsAreRefusedByOid) {
     const auto holder = testfiles::parseCert(certstore::bytesOf(bytes), log);
     EXPECT_FALSE(certOf(holder).verifyCertSignature(&certOf(holder), log));
     EXPECT_EQ(log.getText(), "ERROR: Unknown signature algorithm 1.3.101.127.\n");
+    StringBuffer name;
+    certstore::appendSignatureAlgorithmName(name,
+                                            certOf(holder).getX509Ptr()->signatureAlgorithm());
+    EXPECT_STREQ(name.getString(), "1.3.101.127");
 }
 
 }  // namespace
