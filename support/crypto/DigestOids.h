@@ -5,9 +5,9 @@
 
 namespace certstore {
 
-// The content octets of the OBJECT IDENTIFIER that names this algorithm inside a signature (RFC
-// 8017 appendix B.1, the NIST registry of hash algorithms for the rest). Empty for one that makes
-// no signatures.
+// The content octets of the OBJECT IDENTIFIER that names this algorithm inside a signature or a MAC
+// (RFC 8017 appendix B.1, the NIST registry of hash algorithms for the rest). Empty for one that
+// makes none.
 ByteView digestOid(DigestAlgorithm algorithm) noexcept;
 
 // The reverse. Returns false for content octets that no row names.

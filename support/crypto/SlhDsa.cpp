@@ -148,13 +148,13 @@ public:
         m_size = kOidSize + (isSmall ? 32 : 64);
         const auto digest = std::span(m_octets).subspan(kOidSize, m_size - kOidSize);
         if (set.family == SlhDsaHashFamily::Shake) {
-            m_octets[kOidSize - 1] = isSmall ? 11 : 12;
+            m_octets[kOidSize - 1] = isSmall ? 11 : 12;  // id-shake128, id-shake256
             KeccakSponge sponge = isSmall ? KeccakSponge(Shake128()) : Shake256();
             sponge.absorb(message);
             sponge.squeeze(digest);
             return;
         }
-        m_octets[kOidSize - 1] = isSmall ? 1 : 3;
+        m_octets[kOidSize - 1] = isSmall ? 1 : 3;  // id-sha256, id-sha512
         const auto algorithm = isSmall ? DigestAlgorithm::Sha256 : DigestAlgorithm::Sha512;
         std::ranges::copy(computeDigest(algorithm, message).view(), digest.begin());
     }

@@ -8,6 +8,7 @@
 #include "support/asn1/Oid.h"
 #include "support/base/ConstantTime.h"
 #include "support/base/Wipe.h"
+#include "support/crypto/DigestOids.h"
 #include "support/crypto/Hmac.h"
 #include "support/crypto/Pbkdf1.h"
 #include "support/crypto/Pbkdf2.h"
@@ -24,39 +25,26 @@ namespace {
 constexpr std::size_t kMaxKeySize = 128;
 static_assert(kMaxKeySize >= Rc2Decryptor::kMaxEffectiveBits / 8 && kMaxKeySize >= kMaxDigestSize);
 
-struct NamedDigest {
-    OidBytes oid;
-    const char* name;
+struct Hash {
     DigestAlgorithm digest;
+    const char* name;
+    OidBytes oid;  // of its HMAC
 };
 
-constexpr NamedDigest kDigests[] = {
-    {OidBytes("1.3.14.3.2.26"), "SHA-1", DigestAlgorithm::Sha1},
-    {OidBytes("2.16.840.1.101.3.4.2.1"), "SHA-256", DigestAlgorithm::Sha256},
-    {OidBytes("2.16.840.1.101.3.4.2.2"), "SHA-384", DigestAlgorithm::Sha384},
-    {OidBytes("2.16.840.1.101.3.4.2.3"), "SHA-512", DigestAlgorithm::Sha512},
-    {OidBytes("2.16.840.1.101.3.4.2.4"), "SHA-224", DigestAlgorithm::Sha224},
-    {OidBytes("2.16.840.1.101.3.4.2.5"), "SHA-512/224", DigestAlgorithm::Sha512_224},
-    {OidBytes("2.16.840.1.101.3.4.2.6"), "SHA-512/256", DigestAlgorithm::Sha512_256},
-    {OidBytes("2.16.840.1.101.3.4.2.7"), "SHA3-224", DigestAlgorithm::Sha3_224},
-    {OidBytes("2.16.840.1.101.3.4.2.8"), "SHA3-256", DigestAlgorithm::Sha3_256},
-    {OidBytes("2.16.840.1.101.3.4.2.9"), "SHA3-384", DigestAlgorithm::Sha3_384},
-    {OidBytes("2.16.840.1.101.3.4.2.10"), "SHA3-512", DigestAlgorithm::Sha3_512},
-};
-
-constexpr NamedDigest kHmacs[] = {
-    {OidBytes("1.2.840.113549.2.6"), "HMAC-MD5", DigestAlgorithm::Md5},
-    {OidBytes("1.2.840.113549.2.7"), "HMAC-SHA-1", DigestAlgorithm::Sha1},
-    {OidBytes("1.2.840.113549.2.8"), "HMAC-SHA-224", DigestAlgorithm::Sha224},
-    {OidBytes("1.2.840.113549.2.9"), "HMAC-SHA-256", DigestAlgorithm::Sha256},
-    {OidBytes("1.2.840.113549.2.10"), "HMAC-SHA-384", DigestAlgorithm::Sha384},
-    {OidBytes("1.2.840.113549.2.11"), "HMAC-SHA-512", DigestAlgorithm::Sha512},
-    {OidBytes("1.2.840.113549.2.12"), "HMAC-SHA-512/224", DigestAlgorithm::Sha512_224},
-    {OidBytes("1.2.840.113549.2.13"), "HMAC-SHA-512/256", DigestAlgorithm::Sha512_256},
-    {OidBytes("2.16.840.1.101.3.4.2.13"), "HMAC-SHA3-224", DigestAlgorithm::Sha3_224},
-    {OidBytes("2.16.840.1.101.3.4.2.14"), "HMAC-SHA3-256", DigestAlgorithm::Sha3_256},
-    {OidBytes("2.16.840.1.101.3.4.2.15"), "HMAC-SHA3-384", DigestAlgorithm::Sha3_384},
-    {OidBytes("2.16.840.1.101.3.4.2.16"), "HMAC-SHA3-512", DigestAlgorithm::Sha3_512},
+// In the order of DigestAlgorithm. The digests' own OIDs are those of DigestOids.h.
+constexpr Hash kHashes[] = {
+    {DigestAlgorithm::Sha1, "SHA-1", OidBytes("1.2.840.113549.2.7")},
+    {DigestAlgorithm::Sha224, "SHA-224", OidBytes("1.2.840.113549.2.8")},
+    {DigestAlgorithm::Sha256, "SHA-256", OidBytes("1.2.840.113549.2.9")},
+    {DigestAlgorithm::Sha384, "SHA-384", OidBytes("1.2.840.113549.2.10")},
+    {DigestAlgorithm::Sha512, "SHA-512", OidBytes("1.2.840.113549.2.11")},
+    {DigestAlgorithm::Sha512_224, "SHA-512/224", OidBytes("1.2.840.113549.2.12")},
+    {DigestAlgorithm::Sha512_256, "SHA-512/256", OidBytes("1.2.840.113549.2.13")},
+    {DigestAlgorithm::Sha3_224, "SHA3-224", OidBytes("2.16.840.1.101.3.4.2.13")},
+    {DigestAlgorithm::Sha3_256, "SHA3-256", OidBytes("2.16.840.1.101.3.4.2.14")},
+    {DigestAlgorithm::Sha3_384, "SHA3-384", OidBytes("2.16.840.1.101.3.4.2.15")},
+    {DigestAlgorithm::Sha3_512, "SHA3-512", OidBytes("2.16.840.1.101.3.4.2.16")},
+    {DigestAlgorithm::Md5, "MD5", OidBytes("1.2.840.113549.2.6")},
 };
 
 // The schemes whose one OID names key derivation and cipher.
@@ -188,12 +176,13 @@ bool readKdf(ByteView whole, PfxKdf& kdf, std::string& name, std::string& proble
     DerReader algorithm;
     if (inner.atEnd() || isScrypt || !inner.readSequence(algorithm, prf))
         return true;
-    if (!readAlgorithm(prf, oid, parameters) || !findRow(kHmacs, oid)) {
+    const Hash* hmac = readAlgorithm(prf, oid, parameters) ? findRow(kHashes, oid) : nullptr;
+    if (!hmac) {
         problem = oid.empty() ? "malformed parameters of PBKDF2" : unknown(oid);
         return false;
     }
-    kdf.digest = findRow(kHmacs, oid)->digest;
-    name += std::string(" ") + findRow(kHmacs, oid)->name;
+    kdf.digest = hmac->digest;
+    name += std::string(" HMAC-") + hmac->name;
     return true;
 }
 
@@ -336,12 +325,11 @@ bool PfxMac::read(ByteView macData) {
         return fail("malformed");
     if (kPbmac1 == oid)
         return readPbmac1(parameters);
-    const NamedDigest* digest = findRow(kDigests, oid);
-    if (!digest)
+    if (!findDigestByOid(oid, m_hmac))
         return fail(unknown(oid));
-    m_name = digest->name;
-    m_kdf.digest = m_hmac = digest->digest;
-    m_kdf.keySize = digestSize(digest->digest);
+    m_name = kHashes[static_cast<std::size_t>(m_hmac)].name;
+    m_kdf.digest = m_hmac;
+    m_kdf.keySize = digestSize(m_hmac);
     return true;
 }
 
@@ -355,13 +343,13 @@ bool PfxMac::readPbmac1(ByteView parameters) {
         return fail("malformed parameters of PBMAC1");
     if (!readKdf(kdf, m_kdf, m_name, m_problem))
         return false;
-    const NamedDigest* hmac = findRow(kHmacs, oid);
+    const Hash* hmac = findRow(kHashes, oid);
     if (!hmac)
         return fail(unknown(oid));
     if (m_kdf.keySize == 0)
         return fail("PBMAC1 without the length of its key");
     m_hmac = hmac->digest;
-    m_name = "PBMAC1 with " + m_name + " and " + hmac->name;
+    m_name = "PBMAC1 with " + m_name + " and HMAC-" + hmac->name;
     return true;
 }
 

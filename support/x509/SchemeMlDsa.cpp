@@ -1,13 +1,19 @@
+#include <algorithm>
+#include <iterator>
+
 #include "support/crypto/MlDsa.h"
 #include "support/x509/SignatureSchemes.h"
 
 namespace certstore {
 
-namespace {
-
-const char* verifyPure(const MlDsaParameters& set, const SignatureInput& input) {
+const char* verifyMlDsaScheme(const SignatureInput& input) {
+    // In the order of kMlDsaKeys.
+    static constexpr const MlDsaParameters* kSets[] = {&kMlDsa44, &kMlDsa65, &kMlDsa87};
+    static_assert(std::size(kSets) == std::size(kMlDsaKeys));
     if (!input.parameters.empty())
         return "The ML-DSA signature algorithm has parameters.";
+    const auto* key = std::find(std::begin(kMlDsaKeys), std::end(kMlDsaKeys), input.key.algorithm);
+    const MlDsaParameters& set = *kSets[key - std::begin(kMlDsaKeys)];
     if (!input.key.parameters.empty() || input.key.bits.size() != set.publicKeySize())
         return "The issuer's ML-DSA key is malformed.";
     if (input.signature.size() != set.signatureSize())
@@ -15,20 +21,6 @@ const char* verifyPure(const MlDsaParameters& set, const SignatureInput& input) 
     return verifyMlDsa(set, input.key.bits, input.signedBytes, input.signature)
         ? nullptr
         : kSignatureDoesNotMatch;
-}
-
-}  // namespace
-
-const char* verifyMlDsa44Scheme(const SignatureInput& input) {
-    return verifyPure(kMlDsa44, input);
-}
-
-const char* verifyMlDsa65Scheme(const SignatureInput& input) {
-    return verifyPure(kMlDsa65, input);
-}
-
-const char* verifyMlDsa87Scheme(const SignatureInput& input) {
-    return verifyPure(kMlDsa87, input);
 }
 
 }  // namespace certstore

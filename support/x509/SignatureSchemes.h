@@ -73,16 +73,14 @@ inline constexpr OidBytes kEd448Keys[] = {OidBytes("1.3.101.113")};
 inline constexpr SignatureScheme kEd448{verifyEd448Scheme, kEd448Keys};
 
 // ML-DSA (FIPS 204, the pure variant with the empty context). Parameters must be absent, of the
-// signature and of the key (RFC 9881 section 2), and the two algorithms have one OID.
-const char* verifyMlDsa44Scheme(const SignatureInput& input);
-inline constexpr OidBytes kMlDsa44Keys[] = {OidBytes("2.16.840.1.101.3.4.3.17")};
-inline constexpr SignatureScheme kMlDsa44Scheme{verifyMlDsa44Scheme, kMlDsa44Keys};
-const char* verifyMlDsa65Scheme(const SignatureInput& input);
-inline constexpr OidBytes kMlDsa65Keys[] = {OidBytes("2.16.840.1.101.3.4.3.18")};
-inline constexpr SignatureScheme kMlDsa65Scheme{verifyMlDsa65Scheme, kMlDsa65Keys};
-const char* verifyMlDsa87Scheme(const SignatureInput& input);
-inline constexpr OidBytes kMlDsa87Keys[] = {OidBytes("2.16.840.1.101.3.4.3.19")};
-inline constexpr SignatureScheme kMlDsa87Scheme{verifyMlDsa87Scheme, kMlDsa87Keys};
+// signature and of the key (RFC 9881 section 2). The two algorithms have one OID, which tells the
+// parameter set.
+const char* verifyMlDsaScheme(const SignatureInput& input);
+inline constexpr OidBytes kMlDsaKeys[] = {OidBytes("2.16.840.1.101.3.4.3.17"),
+                                          OidBytes("2.16.840.1.101.3.4.3.18"),
+                                          OidBytes("2.16.840.1.101.3.4.3.19")};
+template <std::size_t kSet>
+inline constexpr SignatureScheme kMlDsa{verifyMlDsaScheme, std::span(kMlDsaKeys).subspan(kSet, 1)};
 
 // SLH-DSA (RFC 9909), no parameters anywhere. The algorithm of the signature and that of the key
 // have one OID, which tells the parameter set, in the order of kSlhDsaSets, first those that sign

@@ -12,8 +12,7 @@ namespace certstore {
 namespace {
 
 SignatureScheme schemeOf(const std::string& type, ByteView keyAlgorithm) {
-    for (const SignatureScheme& scheme :
-         {kEd25519, kEd448, kMlDsa44Scheme, kMlDsa65Scheme, kMlDsa87Scheme})
+    for (const SignatureScheme& scheme : {kEd25519, kEd448, kMlDsa<0>, kMlDsa<1>, kMlDsa<2>})
         if (scheme.keys[0] == keyAlgorithm)
             return scheme;
     static const std::map<std::string, SignatureScheme> kSchemes = {
