@@ -3,12 +3,11 @@
 #include <string>
 #include <utility>
 
-#include "support/asn1/DerReader.h"
 #include "support/log/LogPlace.h"
 #include "support/pkcs12/Pkcs12.h"
-#include "support/vault/PemBody.h"
 #include "support/vault/PemKeys.h"
 #include "support/x509/KeyMatch.h"
+#include "support/x509/PemCertificates.h"
 
 using certstore::KeyMatch;
 using certstore::LogPlace;
@@ -146,21 +145,13 @@ CertMgr::PemItem CertMgr::addPemBlock(const PemBlock& block, PemKeys& keys, LogB
 
 X509Certificate* CertMgr::addPemCert(const PemBlock& block, LogBase& log) {
     DataBuffer der;
-    const certstore::PemBodyResult result = certstore::decodePemBody(block.body, der);
+    const certstore::PemBodyResult result = certstore::decodePemCertificate(block, der);
     if (result != certstore::PemBodyResult::Good) {
         log.LogError((std::string(problemOf(result)) + ".").c_str());
         return nullptr;
     }
-    certstore::ByteView bytes = der.view();
-    if (block.label == certstore::kTrustedCertificateLabel) {
-        certstore::DerReader reader(bytes);
-        certstore::ByteView content, whole;
-        unsigned char tag = 0;
-        if (reader.readAny(tag, content, whole))
-            bytes = whole;
-    }
     return addCert(ZorvenOwner<CertificateHolder>(CertificateHolder::createFromDer(
-                       bytes.data(), static_cast<unsigned int>(bytes.size()), nullptr, log)),
+                       der.getData2(), der.getSize(), nullptr, log)),
                    log);
 }
 

@@ -5,8 +5,8 @@
 #include "support/asn1/DerReader.h"
 #include "support/asn1/DerWriter.h"
 #include "support/asn1/Oid.h"
+#include "support/encoding/PemBody.h"
 #include "support/pkcs12/BerReader.h"
-#include "support/vault/PemBody.h"
 #include "support/x509/PrivateKeyCodec.h"
 #include "support/x509/PublicKey.h"
 

@@ -1,7 +1,6 @@
 #include "support/x509/PemCertificates.h"
 
 #include "support/asn1/DerReader.h"
-#include "support/encoding/Base64.h"
 
 namespace certstore {
 
@@ -17,17 +16,21 @@ void cutToFirstValue(DataBuffer& der) noexcept {
 
 }  // namespace
 
+PemBodyResult decodePemCertificate(const PemBlock& block, DataBuffer& der) {
+    der.clear();
+    const PemBodyResult result = decodePemBody(block.body, der);
+    if (result == PemBodyResult::Good && block.label == kTrustedCertificateLabel)
+        cutToFirstValue(der);
+    return result;
+}
+
 bool PemCertificates::next(DataBuffer& der) {
     PemBlock block;
     while (m_blocks.next(block)) {
         if (!isCertificateLabel(block.label))
             continue;
-        der.clear();
-        if (decodeBase64(block.body, der)) {
-            if (block.label == kTrustedCertificateLabel)
-                cutToFirstValue(der);
+        if (decodePemCertificate(block, der) == PemBodyResult::Good)
             return true;
-        }
         ++m_undecodable;
     }
     return false;

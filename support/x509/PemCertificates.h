@@ -4,17 +4,23 @@
 
 #include "support/buffers/DataBuffer.h"
 #include "support/encoding/Pem.h"
+#include "support/encoding/PemBody.h"
 
 namespace certstore {
 
+// Puts the bytes of a certificate's block in place of what `der` held, the trust settings of a
+// "TRUSTED CERTIFICATE" cut off; they need not be a certificate. Nothing is left there unless the
+// result is Good. Throws std::bad_alloc.
+[[nodiscard]] PemBodyResult decodePemCertificate(const PemBlock& block, DataBuffer& der);
+
 // Walks the certificates of a PEM text: blocks labelled "CERTIFICATE", "X509 CERTIFICATE" or
-// "TRUSTED CERTIFICATE" (whose trust settings are cut off); all else is passed over.
+// "TRUSTED CERTIFICATE"; all else is passed over.
 class PemCertificates {
 public:
     explicit PemCertificates(std::string_view text) noexcept : m_blocks(text) {}
 
-    // The bytes of the next certificate block, in place of what `der` held; they need not be a
-    // certificate. A block that is no base64 is counted and passed over. False at the end.
+    // What decodePemCertificate makes of the next block, in place of what `der` held. One of which
+    // it makes nothing is counted and passed over. False at the end.
     [[nodiscard]] bool next(DataBuffer& der);
 
     // Blocks passed over so far although labelled as certificates.

@@ -6,6 +6,7 @@
 
 #include "support/encoding/Base64.h"
 #include "support/log/LogText.h"
+#include "support/x509/PemCertificates.h"
 #include "tests/support/Cases.h"
 
 namespace {
@@ -39,8 +40,11 @@ std::string part(const std::string& word) {
     }
     if (edit == ":long")
         text.insert(text.find("KEY-----\n") + 8, 3 << 20, '\n');
+    const std::size_t boundary = text.find("-----\n") + 5;
     if (edit == ":headers")
-        text.insert(text.find("KEY-----\n") + 9, "Proc-Type: 4,CLEAR\r\nComment: a\r\n b\r\n\r\n");
+        text.insert(boundary + 1, "Proc-Type: 4,CLEAR\r\nComment: a\r\n b\r\n\r\n");
+    if (edit == ":header-before-line-end")
+        text.insert(boundary, "Comment: a\n");
     return text + "\n";
 }
 
@@ -93,8 +97,14 @@ TEST(CertMgr, ReadsPemTexts) {
     forEachCase("pem-texts.tsv", [](const Row& row) {
         CertMgr vault;
         LogText log;
-        EXPECT_EQ(vault.addPem(pemOf(row.at("text")), row.at("password").c_str(), log),
-                  row.at("errors").empty());
+        const std::string text = pemOf(row.at("text"));
+        const bool good = row.at("errors").empty();
+        EXPECT_EQ(vault.addPem(text, row.at("password").c_str(), log), good);
+        int count = 0;
+        DataBuffer der;
+        for (certstore::PemCertificates certs(text); certs.next(der);)
+            ++count;
+        EXPECT_TRUE(!good || count == vault.getNumCerts()) << "as a bundle";
         EXPECT_EQ(errorsIn(log), row.at("errors"));
         EXPECT_EQ(keysIn(vault), row.at("keys"));
     });

@@ -1,4 +1,4 @@
-#include "support/vault/PemBody.h"
+#include "support/encoding/PemBody.h"
 
 #include <algorithm>
 
@@ -21,21 +21,24 @@ bool isBlank(std::string_view line) noexcept {
     return line.find_first_not_of(" \t") == std::string_view::npos;
 }
 
-// Cuts the headers off, which an empty line ends; whether they tell of encryption.
+// Cuts the headers off, which begin on a line of their own and end with an empty one; whether they
+// tell of encryption.
 bool takeHeaders(std::string_view& body) noexcept {
     // No digit of base64.
     if (body.find(':') == std::string_view::npos)
         return false;
+    std::string_view rest = body;
+    if (!isBlank(takeLine(rest)))
+        return false;
     bool encrypted = false;
-    // What is left of the boundary line.
-    takeLine(body);
-    while (!body.empty()) {
-        const std::string_view line = takeLine(body);
+    while (!rest.empty()) {
+        const std::string_view line = takeLine(rest);
         if (isBlank(line))
             break;
         encrypted = encrypted
             || (line.starts_with("Proc-Type:") && line.find("ENCRYPTED") != std::string_view::npos);
     }
+    body = rest;
     return encrypted;
 }
 
