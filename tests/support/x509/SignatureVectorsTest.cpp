@@ -83,8 +83,11 @@ TEST(SignatureVectors, GiveTheExpectedResult) {
             return;
         const Bytes bad = toBytes(bytesOf(mutator.mutate(std::string(textOf(signature))))),
                     badSpki = toBytes(bytesOf(mutator.mutate(std::string(textOf(spki)))));
-        // Under a key made to give an r of one byte, a second s is good, or each.
-        const bool isMade = signature[0] == 0x30 && signature[3] == 1;
+        // Under a key made to give an r of one byte, a second s is good, or each; and n - s is as
+        // good as s, which chance meets where numbers lie at the edges of the arithmetic.
+        const Json& flags = test.at("flags");
+        const bool isMade = (signature[0] == 0x30 && signature[3] == 1)
+            || std::ranges::find(flags, Json("ArithmeticError")) != flags.end();
         EXPECT_TRUE(!verify(bad, key) || bad == signature || isMade) << test;
         if (readPublicKeyInfo(badSpki, badKey))
             verify(signature, badKey);
