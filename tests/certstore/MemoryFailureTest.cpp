@@ -151,6 +151,22 @@ TEST(MemoryFailureTest, Additions) {
         return w.repository.addCertificate(&w.leaf, log) && w.repository.addCertificate(&w.idB, log)
             && w.empty.addCertificate(&w.leaf, log);
     });
+    sweep("a certificate replaced", [](World& w, LogBase& log) {
+        const CritSecExitor lock(w.repository);
+        XString subject, key;
+        return w.middle.getSubjectDN_noTags(subject, log)
+            && w.repository.constructSerialIssuerHashKey(&w.middle, subject, key, log)
+            && w.repository.replaceCert(key.getUtf8(), &w.middle, log);
+    });
+    sweep("roots", [](World& w, LogBase& log) {
+        const auto destroy = [](ClsTrustedRoots* set) { set->deleteSelf(); };
+        const std::unique_ptr<ClsTrustedRoots, decltype(destroy)> set(
+            ClsTrustedRoots::createNewCls());
+        XString path;
+        path.appendUtf8(w.bundle.c_str());
+        return set && set->loadCaCertsPem(path, nullptr, log) && set->activate(log)
+            && set->sysActivate(log);
+    });
     sweep("certificate in DER, twice", [](World& w, LogBase& log) {
         return w.store.addCertDer(w.der, log) && w.store.addCertDer(w.der, log);
     });
@@ -187,6 +203,16 @@ TEST(MemoryFailureTest, Keys) {
 }
 
 TEST(MemoryFailureTest, Searches) {
+    sweep("what a certificate tells", [](World& w, LogBase& log) {
+        XString text;
+        StringBuffer keyId;
+        DataBuffer bytes;
+        return w.leaf.getSubjectDN(text, log) && w.leaf.getIssuerDN_noTags(text, log)
+            && w.leaf.getSubjectPart("CN", text, log) && w.leaf.getSerialNumber(text, log)
+            && w.leaf.getSubjectKeyIdentifier(keyId, log) && w.leaf.appendCertKeyType(keyId, log)
+            && w.leaf.getAuthorityKeyIdentifier(bytes, &text, log)
+            && w.leaf.getPublicKeyAsDER(bytes, log) && w.leaf.verifyCertSignature(&w.middle, log);
+    });
     sweep("finders", [](World& w, LogBase& log) {
         w.store.logInMemoryRepository(log);
         return !w.store.findBySubjectDN_x509(w.dn, w.dn, false, log)
