@@ -12,7 +12,9 @@ const char* verifyMlDsaScheme(const SignatureInput& input) {
     static_assert(std::size(kSets) == std::size(kMlDsaKeys));
     if (!input.parameters.empty())
         return "The ML-DSA signature algorithm has parameters.";
-    const auto* key = std::find(std::begin(kMlDsaKeys), std::end(kMlDsaKeys), input.key.algorithm);
+    // The scheme takes no other keys: what is none of the first is the last.
+    const auto* key =
+        std::find(std::begin(kMlDsaKeys), std::end(kMlDsaKeys) - 1, input.key.algorithm);
     const MlDsaParameters& set = *kSets[key - std::begin(kMlDsaKeys)];
     if (!input.key.parameters.empty() || input.key.bits.size() != set.publicKeySize())
         return "The issuer's ML-DSA key is malformed.";
