@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "support/crypto/ConstantTimeModulus.h"
 #include "support/crypto/DsaKeys.h"
 #include "tests/support/Cases.h"
 
@@ -20,6 +21,18 @@ TEST(DsaTest, TakesNumbersInTheirRangesOnly) {
         Bytes derived(y.size());
         EXPECT_EQ(deriveDsaPublicKey(domain, x, derived) && derived == y, isYes(row, "derives"));
     });
+}
+
+TEST(ConstantTimeModulusTest, TakesNumbersBelowItself) {
+    ConstantTimeModulus modulus;
+    ConstantTimeModulus::Residue residue;
+    const Bytes prime = fromHex("0001000000000000000d");
+    ASSERT_TRUE(modulus.assign(prime));
+    Bytes number = fromHex("01000000000000000c"), same(number.size());
+    ASSERT_TRUE(modulus.load(number, residue));
+    modulus.store(residue, same);
+    EXPECT_EQ(same, number);
+    EXPECT_FALSE(modulus.load(prime, residue));
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 
+#include "support/crypto/EcCurveVisit.h"
 #include "support/crypto/EcKeys.h"
 #include "tests/support/Cases.h"
 
@@ -35,6 +36,19 @@ TEST(EcCurveTest, KnowsItsPoints) {
     forEachCase("ec-points.tsv", [](const Row& row) {
         EXPECT_EQ(isCurvePoint(curveOf(row), hexOf(row, "octets")), isYes(row, "good"));
     });
+}
+
+// No signature leads there from both sides.
+TEST(EcGroupTest, InfinityIsNeutral) {
+    for (const EcCurve& curve : kEcCurves)
+        EXPECT_TRUE(visitCurve(curve.id, [](auto at) {
+            const auto& group = at.group();
+            const auto g = group.toPoint(group.generator());
+            const auto infinity = group.add(g, group.negate(g));
+            const auto isG = [&g](auto p) { return p.x == g.x && p.y == g.y && p.z == g.z; };
+            return infinity.isInfinity() && isG(group.add(g, infinity))
+                && isG(group.add(infinity, g)) && group.add(infinity, infinity).isInfinity();
+        })) << curve.prime;
 }
 
 // The points of other scalars are among the keys of key-pairs.pem.

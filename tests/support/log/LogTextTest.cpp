@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "support/log/LogPlace.h"
 #include "support/log/LogText.h"
 
 namespace {
@@ -35,6 +36,21 @@ TEST(LogText, NestsContextsAndShowsEveryKindOfEntry) {
               "        blanks: [ x ]\n        none: (null)\n"
               "    empty:\n    name: Zo\xc3\xab\n    count: -3\n    yes: true\n    no: false\n"
               "    hex: 01ABFF\n    base64: Aav/\n");
+}
+
+TEST(LogPlace, StandsInFrontOfErrorsAlone) {
+    LogText log;
+    certstore::LogPlace place(log, "bag 1: ");
+    {
+        LogContextExitor context(place, "inner");
+        place.LogInfo("a note");
+        place.LogData("tag", "value");
+        place.LogError("went wrong");
+    }
+    place.LogInfo("outside");
+    EXPECT_EQ(log.getText(),
+              "inner:\n    a note\n    tag: value\n    ERROR: bag 1: went wrong\n"
+              "outside\n");
 }
 
 }  // namespace

@@ -122,6 +122,8 @@ TEST(Signatures, OfUnknownAlgorithmsAreRefusedByOid) {
         certstore::appendSignatureAlgorithmName(names,
                                                 certOf(*each).getX509Ptr()->signatureAlgorithm());
     EXPECT_STREQ(names.getString(), "Ed255191.3.101.127");
+    certstore::ByteView oid, parameters;
+    EXPECT_EQ(certstore::findSignatureAlgorithm(certstore::bytesOf("0"), oid, parameters), nullptr);
 }
 
 }  // namespace
